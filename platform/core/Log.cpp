@@ -1,0 +1,104 @@
+#include "platform/core/Log.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <sstream>
+
+namespace platform {
+namespace {
+
+struct LogState {
+  std::mutex mutex;
+  std::set<std::string> categories;
+  bool all = false;
+  Log::Sink sink;
+};
+
+LogState& state() {
+  static LogState* s = [] {
+    auto* created = new LogState;
+    return created;
+  }();
+  return *s;
+}
+
+void loadCategories(LogState& s) {
+  s.categories.clear();
+  s.all = false;
+  const char* value = std::getenv("KIB_LOG");
+  if (!value) return;
+  std::stringstream list(value);
+  std::string category;
+  while (std::getline(list, category, ',')) {
+    if (category == "all") s.all = true;
+    if (!category.empty()) s.categories.insert(category);
+  }
+}
+
+const char* prefix(Log::Channel channel) {
+  switch (channel) {
+    case Log::Channel::Warning:
+      return "warning: ";
+    case Log::Channel::Test:
+      return "test: ";
+    case Log::Channel::System:
+      return "kibbar: ";
+    default:
+      return "";
+  }
+}
+
+struct CategoriesLoader {
+  CategoriesLoader() { loadCategories(state()); }
+};
+
+}  // namespace
+
+bool Log::isCategoryEnabled(std::string_view category) {
+  static CategoriesLoader loader;
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  return s.all || s.categories.count(std::string(category)) != 0;
+}
+
+void Log::setEnabledCategories(std::set<std::string> categories) {
+  isCategoryEnabled("");
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  s.all = categories.count("all") != 0;
+  s.categories = std::move(categories);
+}
+
+void Log::resetCategoriesFromEnvironment() {
+  isCategoryEnabled("");
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  loadCategories(s);
+}
+
+Log::Sink Log::setSink(Sink sink) {
+  auto& s = state();
+  std::lock_guard lock(s.mutex);
+  auto previous = std::move(s.sink);
+  s.sink = std::move(sink);
+  return previous;
+}
+
+void Log::write(Channel channel, const std::string& line) {
+  Sink sink;
+  {
+    auto& s = state();
+    std::lock_guard lock(s.mutex);
+    sink = s.sink;
+  }
+  if (sink) {
+    sink(channel, line);
+    return;
+  }
+  std::fprintf(stderr, "%s%s\n", prefix(channel), line.c_str());
+}
+
+bool IMWillLog(std::string_view category) { return Log::isCategoryEnabled(category); }
+
+}  // namespace platform
