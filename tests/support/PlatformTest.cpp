@@ -4,6 +4,7 @@
 
 #include "platform/core/NotificationCenter.h"
 #include "platform/core/Preferences.h"
+#include "platform/im/IMMessagingWorld.h"
 
 namespace kibtest {
 
@@ -12,6 +13,7 @@ void PlatformTest::SetUp() {
   previousClock_ = platform::Clock::setCurrent(clock_);
   platform::RunLoop::main().reset();
   platform::NotificationCenter::resetSharedCenters();
+  platform::IMResetMessagingWorld();
   assertions = std::make_shared<RecordingAssertionHandler>();
   previousHandler_ = platform::AssertionHandler::setCurrent(assertions);
   platform::Log::setSink([this](platform::Log::Channel channel, const std::string& line) {
@@ -27,6 +29,7 @@ void PlatformTest::SetUp() {
 
 void PlatformTest::TearDown() {
   platform::RunLoop::main().reset();
+  platform::IMResetMessagingWorld();
   platform::NotificationCenter::resetSharedCenters();
   platform::Preferences::setDirectory({});
   platform::Log::setSink(nullptr);

@@ -40,8 +40,9 @@ class RecordingAssertionHandler final : public platform::AssertionHandler {
 };
 
 // Base fixture: a virtual clock, an empty main run loop, no observers on the
-// shared centres, a recording assertion handler, captured log lines and a
-// temporary preferences folder; everything is put back afterwards.
+// shared centres, an empty messaging world, a recording assertion handler,
+// captured log lines and a temporary preferences folder; everything is put
+// back afterwards.
 class PlatformTest : public ::testing::Test {
  protected:
   void SetUp() override;
