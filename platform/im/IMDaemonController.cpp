@@ -33,7 +33,12 @@ const IMDaemonControllerPtr& IMDaemonController::sharedController() { return sha
 
 void IMDaemonController::resetSharedController() { sharedSlot() = std::make_shared<IMDaemonController>(); }
 
-IMDaemonController::IMDaemonController() : listener_(std::make_shared<IMDaemonListener>(this)) {}
+const IMDaemonListenerPtr& IMDaemonController::listener() const {
+  if (!listener_)
+    listener_ = std::make_shared<IMDaemonListener>(std::const_pointer_cast<IMDaemonController>(
+        std::static_pointer_cast<const IMDaemonController>(shared_from_this())));
+  return listener_;
+}
 
 void IMDaemonController::setBackend(std::shared_ptr<IMDaemonBackend> backend) { backend_ = std::move(backend); }
 
