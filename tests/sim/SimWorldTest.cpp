@@ -190,7 +190,8 @@ TEST_F(SimWorldTest, TheDaemonDisconnectsIgnoresCommandsAndComesBack) {
   EXPECT_FALSE(world->account("jab")->isConnected());
   world->apply(SimEvent::daemonConnect());
   EXPECT_TRUE(daemon()->isConnected());
-  EXPECT_EQ(standard.names, (std::vector<std::string>{IMDaemonDidDisconnectNotification, IMDaemonDidConnectNotification}));
+  EXPECT_EQ(standard.names,
+            (std::vector<std::string>{IMDaemonDidDisconnectNotification, IMDaemonDidConnectNotification}));
 }
 
 TEST_F(SimWorldTest, BuddyEventsChangeTheBuddyOnlyWhileItsAccountShowsIt) {
