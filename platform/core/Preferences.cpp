@@ -10,6 +10,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 #include "platform/core/JSONSerialization.h"
 #include "platform/core/Log.h"
@@ -34,6 +35,7 @@ struct Store {
   fs::path directory;
   std::map<std::string, DomainState> domains;
   Preferences::WriteObserver observer;
+  std::vector<std::string> reports;  // written to the log once the lock is released
 };
 
 Store& store() {
@@ -41,7 +43,25 @@ Store& store() {
   return *instance;
 }
 
-void report(const std::string& line) { Log::write(Log::Channel::System, line); }
+// Holds the store's lock; the log lines queued meanwhile go out after it is
+// released, so that a log sink may use the preferences itself.
+class LockedStore {
+ public:
+  LockedStore() : lock_(store().mutex) {}
+  ~LockedStore() {
+    std::vector<std::string> lines = std::move(store().reports);
+    store().reports.clear();
+    lock_.unlock();
+    for (const auto& line : lines) Log::write(Log::Channel::System, line);
+  }
+  Store* operator->() const { return &store(); }
+
+ private:
+  std::unique_lock<std::mutex> lock_;
+};
+
+// Only called with the store locked.
+void report(const std::string& line) { store().reports.push_back(line); }
 
 void reportOnce(DomainState& state, const std::string& line) {
   if (state.lastReport == line) return;
@@ -58,7 +78,7 @@ bool isValidDomain(const std::string& domain) {
 
 bool checkDomain(const std::string& domain) {
   if (isValidDomain(domain)) return true;
-  report("Invalid preferences domain \"" + domain + "\": it must be a file name");
+  Log::write(Log::Channel::System, "Invalid preferences domain \"" + domain + "\": it must be a file name");
   return false;
 }
 
@@ -260,9 +280,8 @@ SyncResult synchronizeLocked(DomainState& state, const fs::path& file) {
 
 fs::path Preferences::directory() {
   {
-    auto& s = store();
-    std::lock_guard lock(s.mutex);
-    if (!s.directory.empty()) return s.directory;
+    LockedStore s;
+    if (!s->directory.empty()) return s->directory;
   }
   if (const char* dir = std::getenv("KIBBAR_CONFIG_DIR"); dir && *dir) return dir;
   if (const char* config = std::getenv("XDG_CONFIG_HOME"); config && *config == '/') return fs::path(config) / "kibbar";
@@ -270,10 +289,9 @@ fs::path Preferences::directory() {
 }
 
 void Preferences::setDirectory(const fs::path& directory) {
-  auto& s = store();
-  std::lock_guard lock(s.mutex);
-  s.directory = directory;
-  s.domains.clear();
+  LockedStore s;
+  s->directory = directory;
+  s->domains.clear();
 }
 
 fs::path Preferences::fileForDomain(const std::string& domain) { return directory() / (domain + ".json"); }
@@ -281,9 +299,8 @@ fs::path Preferences::fileForDomain(const std::string& domain) { return director
 ObjectPtr Preferences::copyAppValue(const std::string& key, const std::string& domain) {
   if (!checkDomain(domain)) return nullptr;
   fs::path file = fileForDomain(domain);
-  auto& s = store();
-  std::lock_guard lock(s.mutex);
-  DomainState& state = s.domains[domain];
+  LockedStore s;
+  DomainState& state = s->domains[domain];
   if (auto found = state.pending.find(key); found != state.pending.end())
     return found->second ? JSONSerialization::objectWithJSON(*found->second) : nullptr;
   refresh(state, file);
@@ -296,12 +313,11 @@ void Preferences::setAppValue(const std::string& key, const ObjectPtr& value, co
   std::string error;
   auto converted = JSONSerialization::JSONWithObject(value, &error);
   if (!converted) {
-    report("Cannot set preference \"" + key + "\" in " + domain + ": " + error);
+    Log::write(Log::Channel::System, "Cannot set preference \"" + key + "\" in " + domain + ": " + error);
     return;
   }
-  auto& s = store();
-  std::lock_guard lock(s.mutex);
-  s.domains[domain].pending[key] = value ? std::optional<json>(std::move(*converted)) : std::nullopt;
+  LockedStore s;
+  s->domains[domain].pending[key] = value ? std::optional<json>(std::move(*converted)) : std::nullopt;
 }
 
 bool Preferences::appSynchronize(const std::string& domain) {
@@ -309,21 +325,18 @@ bool Preferences::appSynchronize(const std::string& domain) {
   fs::path file = fileForDomain(domain);
   WriteObserver observer;
   {
-    auto& s = store();
-    std::lock_guard lock(s.mutex);
-    DomainState& state = s.domains[domain];
-    SyncResult result = synchronizeLocked(state, file);
+    LockedStore s;
+    SyncResult result = synchronizeLocked(s->domains[domain], file);
     if (result == SyncResult::Failed) return false;
-    if (result == SyncResult::Written) observer = s.observer;
+    if (result == SyncResult::Written) observer = s->observer;
   }
   if (observer) observer(domain, file);
   return true;
 }
 
 void Preferences::setWriteObserver(WriteObserver observer) {
-  auto& s = store();
-  std::lock_guard lock(s.mutex);
-  s.observer = std::move(observer);
+  LockedStore s;
+  s->observer = std::move(observer);
 }
 
 }  // namespace platform

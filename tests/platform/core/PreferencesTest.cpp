@@ -160,6 +160,21 @@ TEST_F(PreferencesTest, ACorruptFileReadsAsEmptyIsKeptAsideAndReportedOnce) {
   EXPECT_EQ(systemLog().size(), 2u);
 }
 
+TEST_F(PreferencesTest, ALogSinkMayUseThePreferencesWhileAProblemIsReported) {
+  set("Transcript", makeString("on"));
+  std::vector<std::string> seen;
+  Log::Sink previous;
+  previous = Log::setSink([&](Log::Channel channel, const std::string& line) {
+    seen.push_back(stringValue(Preferences::copyAppValue("Transcript", kDomain)));
+    previous(channel, line);
+  });
+  writeFile(file(), "not json");
+  EXPECT_EQ(copy("Missing"), nullptr);
+  Log::setSink(previous);
+  EXPECT_EQ(seen, std::vector<std::string>{"on"});
+  EXPECT_EQ(systemLog().size(), 1u);
+}
+
 TEST_F(PreferencesTest, AFileThatCannotBeReadIsNeverWrittenOver) {
   fs::create_directories(file());  // a folder where the file should be
   fs::create_directories(file() / "keep");
