@@ -1,5 +1,6 @@
 #include "platform/ui/ImageHeaderReader.h"
 
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <cerrno>
@@ -7,7 +8,9 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 
 namespace platform {
 namespace {
@@ -121,10 +124,15 @@ Result readPDF(const std::string& data, const std::string& name) {
 }  // namespace
 
 Result ImageHeaderReader::readSize(const std::string& path) {
+  std::error_code ignored;
+  if (std::filesystem::is_directory(path, ignored)) return failure(path, "a folder, not an image file");
   std::ifstream file(path, std::ios::binary);
   if (!file) return failure(path, std::string("cannot open: ") + std::strerror(errno));
-  std::string data(static_cast<std::size_t>(kMaximumRead), '\0');
-  file.read(data.data(), kMaximumRead);
+  file.seekg(0, std::ios::end);
+  std::streamsize length = std::min<std::streamsize>(file.tellg(), kMaximumRead);
+  file.seekg(0, std::ios::beg);
+  std::string data(static_cast<std::size_t>(std::max<std::streamsize>(length, 0)), '\0');
+  file.read(data.data(), static_cast<std::streamsize>(data.size()));
   data.resize(static_cast<std::size_t>(file.gcount()));
   return readSizeFromData(data, path);
 }
