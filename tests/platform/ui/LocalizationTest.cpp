@@ -1,16 +1,14 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include "platform/core/Bundle.h"
 #include "platform/ui/Image.h"
 #include "tests/platform/ui/UiTestSupport.h"
 #include "tests/support/PlatformTest.h"
+#include "tests/support/ScopedVariable.h"
 
 using namespace platform;
 
@@ -42,29 +40,13 @@ bool endsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-// Sets the locale variables for one test and puts them back afterwards.
-class LanguageScope {
- public:
-  explicit LanguageScope(const char* language) {
-    for (const char* name : kVariables) {
-      const char* value = std::getenv(name);
-      saved_.push_back(value ? std::optional<std::string>(value) : std::nullopt);
-      unsetenv(name);
-    }
-    if (language) setenv("LC_ALL", language, 1);
-  }
-  ~LanguageScope() {
-    for (std::size_t i = 0; i < std::size(kVariables); ++i) {
-      if (saved_[i])
-        setenv(kVariables[i], saved_[i]->c_str(), 1);
-      else
-        unsetenv(kVariables[i]);
-    }
-  }
-
- private:
-  static constexpr const char* kVariables[] = {"LC_ALL", "LC_MESSAGES", "LANGUAGE", "LANG"};
-  std::vector<std::optional<std::string>> saved_;
+// The locale for one test: LC_ALL set (or not), the other locale variables unset.
+struct LanguageScope {
+  explicit LanguageScope(const char* language) : all("LC_ALL", language) {}
+  kibtest::ScopedVariable all;
+  kibtest::ScopedVariable messages{"LC_MESSAGES", nullptr};
+  kibtest::ScopedVariable languages{"LANGUAGE", nullptr};
+  kibtest::ScopedVariable lang{"LANG", nullptr};
 };
 
 class LocalizationTest : public kibtest::PlatformTest {
