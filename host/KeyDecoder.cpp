@@ -1,0 +1,121 @@
+#include "host/KeyDecoder.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace kibhost {
+namespace {
+
+KeyEvent key(KeyEvent::Kind kind) {
+  KeyEvent event;
+  event.kind = kind;
+  return event;
+}
+
+// The length of the UTF-8 character that starts with the byte.
+std::size_t characterLength(unsigned char lead) {
+  if (lead < 0x80) return 1;
+  if ((lead >> 5) == 0x6) return 2;
+  if ((lead >> 4) == 0xE) return 3;
+  if ((lead >> 3) == 0x1E) return 4;
+  return 1;
+}
+
+}  // namespace
+
+std::vector<KeyEvent> KeyDecoder::decode(std::string_view bytes) {
+  std::vector<KeyEvent> events;
+  std::size_t i = 0;
+  while (i < bytes.size()) {
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    if (byte == 0x1b) {
+      i += decodeEscape(bytes, i, events);
+    } else if (byte == '\r' || byte == '\n') {
+      events.push_back(key(KeyEvent::Kind::Enter));
+      ++i;
+    } else if (byte == '\t') {
+      events.push_back(key(KeyEvent::Kind::Tab));
+      ++i;
+    } else if (byte == 0x7f || byte == 0x08) {
+      events.push_back(key(KeyEvent::Kind::Backspace));
+      ++i;
+    } else if (byte < 0x20) {
+      KeyEvent event = key(KeyEvent::Kind::Control);
+      event.control = static_cast<char>('a' + byte - 1);
+      if (byte == 0) event.control = ' ';
+      events.push_back(event);
+      ++i;
+    } else {
+      std::size_t length = std::min(characterLength(byte), bytes.size() - i);
+      KeyEvent event = key(KeyEvent::Kind::Character);
+      event.text = std::string(bytes.substr(i, length));
+      events.push_back(event);
+      i += length;
+    }
+  }
+  return events;
+}
+
+std::size_t KeyDecoder::decodeEscape(std::string_view bytes, std::size_t i, std::vector<KeyEvent>& events) {
+  if (i + 1 >= bytes.size()) {
+    events.push_back(key(KeyEvent::Kind::Escape));
+    return 1;
+  }
+  const char introducer = bytes[i + 1];
+  if (introducer != '[' && introducer != 'O') {
+    if (introducer == 0x1b) {  // Escape pressed twice
+      events.push_back(key(KeyEvent::Kind::Escape));
+      return 1;
+    }
+    // Alt (Meta) with a key: decode the key and mark it.
+    std::vector<KeyEvent> inner = decode(bytes.substr(i + 1, characterLength(static_cast<unsigned char>(introducer))));
+    for (auto& event : inner) {
+      event.alt = true;
+      events.push_back(event);
+    }
+    return 1 + characterLength(static_cast<unsigned char>(introducer));
+  }
+  // CSI or SS3: parameters up to a final byte in 0x40–0x7e.
+  std::size_t end = i + 2;
+  while (end < bytes.size() && !(bytes[end] >= 0x40 && bytes[end] <= 0x7e)) ++end;
+  if (end >= bytes.size()) {
+    events.push_back(key(KeyEvent::Kind::Escape));
+    return 1;
+  }
+  const std::string params(bytes.substr(i + 2, end - i - 2));
+  const char final = bytes[end];
+  const std::size_t used = end - i + 1;
+  if (!params.empty() && params[0] == '<' && (final == 'M' || final == 'm')) {
+    // SGR mouse: "<button;column;row", M for a press.
+    int button = 0, column = 0, row = 0;
+    if (std::sscanf(params.c_str() + 1, "%d;%d;%d", &button, &column, &row) == 3 && final == 'M' &&
+        (button & ~0x1c) == 0) {
+      KeyEvent event = key(KeyEvent::Kind::MouseDown);
+      event.column = column - 1;
+      event.row = row - 1;
+      events.push_back(event);
+    }
+    return used;
+  }
+  switch (final) {
+    case 'A': events.push_back(key(KeyEvent::Kind::Up)); break;
+    case 'B': events.push_back(key(KeyEvent::Kind::Down)); break;
+    case 'C': events.push_back(key(KeyEvent::Kind::Right)); break;
+    case 'D': events.push_back(key(KeyEvent::Kind::Left)); break;
+    case 'H': events.push_back(key(KeyEvent::Kind::Home)); break;
+    case 'F': events.push_back(key(KeyEvent::Kind::End)); break;
+    case 'Z': events.push_back(key(KeyEvent::Kind::Tab)); break;  // Shift-Tab
+    case '~':
+      if (params == "1" || params == "7") events.push_back(key(KeyEvent::Kind::Home));
+      if (params == "4" || params == "8") events.push_back(key(KeyEvent::Kind::End));
+      if (params == "5") events.push_back(key(KeyEvent::Kind::PageUp));
+      if (params == "6") events.push_back(key(KeyEvent::Kind::PageDown));
+      break;
+    default:
+      break;  // a sequence this program has no use for
+  }
+  return used;
+}
+
+}  // namespace kibhost
