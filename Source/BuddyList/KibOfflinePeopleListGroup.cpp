@@ -1,0 +1,1 @@
+#include "Source/BuddyList/KibOfflinePeopleListGroup.h"

@@ -1,0 +1,3 @@
+#include "Source/BuddyList/KibPeopleListItem.h"
+#include "Source/BuddyList/KibNotifications.h"
+#include "Source/BuddyList/KibPeopleListItemDelegate.h"
