@@ -15,9 +15,9 @@ IMDaemonControllerPtr& sharedSlot() {
   return shared;
 }
 
-std::string quoted(const std::string& text) { return "\"" + text + "\""; }
+std::string inQuotes(const std::string& text) { return "\"" + text + "\""; }
 
-std::string argumentText(const StringPtr& text) { return text ? quoted(text->value()) : "nil"; }
+std::string argumentText(const StringPtr& text) { return text ? inQuotes(text->value()) : "nil"; }
 
 std::string argumentText(const IMAccountPtr& account) { return account ? account->uniqueID() : "nil"; }
 
@@ -33,19 +33,24 @@ const IMDaemonControllerPtr& IMDaemonController::sharedController() { return sha
 
 void IMDaemonController::resetSharedController() { sharedSlot() = std::make_shared<IMDaemonController>(); }
 
-IMDaemonController::IMDaemonController() : listener_(std::make_shared<IMDaemonListener>(this)) {}
+const IMDaemonListenerPtr& IMDaemonController::listener() const {
+  if (!listener_)
+    listener_ = std::make_shared<IMDaemonListener>(std::const_pointer_cast<IMDaemonController>(
+        std::static_pointer_cast<const IMDaemonController>(shared_from_this())));
+  return listener_;
+}
 
 void IMDaemonController::setBackend(std::shared_ptr<IMDaemonBackend> backend) { backend_ = std::move(backend); }
 
 bool IMDaemonController::addListenerIDCapabilities(const std::string& listenerID, std::uint32_t capabilities) {
-  report(IMDaemonRequest::command("addListenerID:capabilities:", {quoted(listenerID), hexText(capabilities)}));
+  report(IMDaemonRequest::command("addListenerID:capabilities:", {inQuotes(listenerID), hexText(capabilities)}));
   listeners_[listenerID] = capabilities;
   if (backend_) backend_->addListener(listenerID, capabilities);
   return true;
 }
 
 void IMDaemonController::removeListenerID(const std::string& listenerID) {
-  report(IMDaemonRequest::command("removeListenerID:", {quoted(listenerID)}));
+  report(IMDaemonRequest::command("removeListenerID:", {inQuotes(listenerID)}));
   listeners_.erase(listenerID);
   if (backend_) backend_->removeListener(listenerID);
 }
@@ -84,7 +89,7 @@ std::uint64_t IMDaemonController::vcCapabilities() const {
 
 ObjectPtr IMDaemonController::valueOfPersistentProperty(const std::string& key) const {
   auto value = backend_ ? backend_->valueOfPersistentProperty(key) : nullptr;
-  report(IMDaemonRequest::query("valueOfPersistentProperty:", {quoted(key)}, value ? quoted(describe(value)) : "nil"));
+  report(IMDaemonRequest::query("valueOfPersistentProperty:", {inQuotes(key)}, value ? inQuotes(describe(value)) : "nil"));
   return value;
 }
 

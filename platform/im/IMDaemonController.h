@@ -34,7 +34,7 @@ class IMDaemonController final : public Object {
   void removeListenerID(const std::string& listenerID);
   // Listener ID -> capabilities of the registered listeners.
   const std::map<std::string, std::uint32_t>& listeners() const { return listeners_; }
-  const IMDaemonListenerPtr& listener() const { return listener_; }
+  const IMDaemonListenerPtr& listener() const;
 
   // Commands.
   void setMyStatusMessage(IMPersonStatus status, const StringPtr& message);
@@ -58,13 +58,11 @@ class IMDaemonController final : public Object {
 
   std::string className() const override { return "IMDaemonController"; }
 
-  IMDaemonController();
-
  private:
   void report(IMDaemonRequest request) const;
 
   std::shared_ptr<IMDaemonBackend> backend_;
-  IMDaemonListenerPtr listener_;
+  mutable IMDaemonListenerPtr listener_;  // made on first use
   std::map<std::string, std::uint32_t> listeners_;
   std::map<std::uint64_t, RequestObserver> requestObservers_;
   std::uint64_t nextObserverToken_ = 1;

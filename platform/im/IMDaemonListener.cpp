@@ -4,10 +4,14 @@
 
 namespace platform {
 
-std::uint64_t IMDaemonListener::vcCapabilities() const { return controller_ ? controller_->vcCapabilities() : 0; }
+std::uint64_t IMDaemonListener::vcCapabilities() const {
+  auto controller = controller_.lock();
+  return controller ? controller->vcCapabilities() : 0;
+}
 
 ObjectPtr IMDaemonListener::valueOfPersistentProperty(const std::string& key) const {
-  return controller_ ? controller_->valueOfPersistentProperty(key) : nullptr;
+  auto controller = controller_.lock();
+  return controller ? controller->valueOfPersistentProperty(key) : nullptr;
 }
 
 }  // namespace platform

@@ -13,7 +13,7 @@ namespace platform {
 // capabilities and the daemon's persistent properties, read from the backend.
 class IMDaemonListener final : public Object {
  public:
-  explicit IMDaemonListener(IMDaemonController* controller) : controller_(controller) {}
+  explicit IMDaemonListener(std::weak_ptr<IMDaemonController> controller) : controller_(std::move(controller)) {}
 
   // kIMVCCapability... bits; 0 without a backend.
   std::uint64_t vcCapabilities() const;
@@ -23,7 +23,7 @@ class IMDaemonListener final : public Object {
   std::string className() const override { return "IMDaemonListener"; }
 
  private:
-  IMDaemonController* controller_;  // owns the listener
+  std::weak_ptr<IMDaemonController> controller_;  // owns the listener
 };
 
 }  // namespace platform

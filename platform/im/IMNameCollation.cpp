@@ -4,6 +4,7 @@
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
+#include <cstring>
 #include <memory>
 
 namespace platform {
@@ -11,8 +12,11 @@ namespace {
 
 const icu::Collator* nameCollator() {
   static const std::unique_ptr<icu::Collator> collator = [] {
+    // The POSIX locale collates by code point; names want the language's order.
+    auto locale = icu::Locale::getDefault();
+    if (std::strcmp(locale.getVariant(), "POSIX") == 0) locale = icu::Locale::getRoot();
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::Collator> made(icu::Collator::createInstance(icu::Locale::getDefault(), status));
+    std::unique_ptr<icu::Collator> made(icu::Collator::createInstance(locale, status));
     if (U_FAILURE(status)) made.reset();
     if (made) made->setStrength(icu::Collator::SECONDARY);  // letters and accents, not case
     return made;
