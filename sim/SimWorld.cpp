@@ -2,13 +2,13 @@
 
 #include "platform/core/Clock.h"
 #include "platform/core/DistributedNotificationCenter.h"
+#include "platform/core/Log.h"
 #include "platform/core/RunLoop.h"
 #include "platform/core/String.h"
 #include "platform/im/IMAccount.h"
 #include "platform/im/IMAccountController.h"
 #include "platform/im/IMConstants.h"
 #include "platform/im/IMDaemonController.h"
-#include "platform/core/Log.h"
 #include "platform/im/IMHandle.h"
 #include "platform/im/IMMelodix.h"
 #include "platform/im/IMMessagingWorld.h"
@@ -76,7 +76,8 @@ void SimWorld::buildServices() {
 void SimWorld::buildAccounts() {
   const auto& controller = platform::IMAccountController::sharedInstance();
   for (const auto& entry : scenario_.accounts) {
-    auto account = platform::IMAccount::make(platform::IMService::serviceWithName(entry.service), entry.login, entry.id);
+    auto account =
+        platform::IMAccount::make(platform::IMService::serviceWithName(entry.service), entry.login, entry.id);
     account->setActive(entry.active);
     account->setCapabilities(entry.capabilities);
     account->setInvisible(entry.invisible);
@@ -302,8 +303,9 @@ void SimWorld::disconnectAccount(const IMAccountPtr& account) {
 }
 
 std::string SimWorld::nowPlayingFor(const std::string& message) const {
-  const auto& format = daemon_ ? daemon_->nowPlayingFormat()
-                                : scenario_.daemon.nowPlayingFormat.value_or(platform::IMMelodixMessageFormat()->value());
+  const auto& format = daemon_
+                           ? daemon_->nowPlayingFormat()
+                           : scenario_.daemon.nowPlayingFormat.value_or(platform::IMMelodixMessageFormat()->value());
   if (message.empty() || message != format || !scenario_.music.interop || scenario_.music.currentTrack.empty())
     return "";
   auto text = format;
