@@ -11,26 +11,38 @@ inline constexpr unsigned kCaseInsensitiveSearch = 1;
 inline constexpr unsigned kDiacriticInsensitiveSearch = 128;
 inline constexpr unsigned kWidthInsensitiveSearch = 256;
 
-// Unicode text operations (UTF-8 in and out), backed by ICU.
+// Unicode text operations (UTF-8 in and out), backed by ICU. Malformed UTF-8
+// is read as U+FFFD where a character is needed and compared byte for byte
+// elsewhere; it never stops an operation.
 class TextServices {
  public:
-  // Splits at white space (Unicode spaces and tab, not newlines), keeping the
-  // empty parts between adjacent separators: "a  b" → {"a", "", "b"}, "" → {""}.
+  static bool isValidUTF8(std::string_view text);
+
+  // White space is tab and the Unicode space separators (Zs); newlines are
+  // U+000A to U+000D, NEL (U+0085), U+2028 and U+2029.
+
+  // Splits at white space (not at newlines), keeping the empty parts between
+  // adjacent separators: "a  b" → {"a", "", "b"}, "" → {""}.
   static std::vector<std::string> componentsSeparatedByWhitespace(std::string_view text);
   // Removes leading and trailing white space and newlines.
   static std::string trimWhitespace(std::string_view text);
-  // Every newline (LF, CR, CRLF, U+2028, U+2029, NEL) becomes one space.
+  // Every newline becomes one space; CR LF counts as one newline.
   static std::string replaceNewlinesWithSpaces(std::string_view text);
 
-  // Folds for searching with the given options: case folding, diacritics
-  // removed, compatibility (width) forms unified, per option.
+  // Folds for searching with the given options, each bit on its own: case
+  // folding (1), nonspacing marks removed after canonical decomposition (128),
+  // compatibility forms such as full-width letters unified (256). Without 128
+  // the result is canonically composed, so a precomposed "é" keeps its accent.
+  // Other option bits are ignored.
   static std::string fold(std::string_view text, unsigned options);
   // Whether the needle occurs in the haystack under the options. An empty needle never occurs.
   static bool contains(std::string_view haystack, std::string_view needle, unsigned options);
   // The same when both sides are already folded with fold(…, options).
   static bool containsFolded(std::string_view foldedHaystack, std::string_view foldedNeedle);
 
-  // Localized, case-insensitive comparison (−1, 0, 1).
+  // Localized, case-insensitive comparison (−1, 0, 1): an ICU collator for the
+  // preferred language (Bundle::preferredLanguage, the root order when ICU
+  // has no data for it) at secondary strength, so case is ignored and accents count.
   static int localizedCaseInsensitiveCompare(std::string_view a, std::string_view b);
   // Case-insensitive comparison by folded code points (−1, 0, 1).
   static int caseInsensitiveCompare(std::string_view a, std::string_view b);

@@ -40,8 +40,9 @@ class RecordingAssertionHandler final : public platform::AssertionHandler {
 };
 
 // Base fixture: a virtual clock, an empty main run loop, no observers on the
-// shared centres, a recording assertion handler, captured log lines and a
-// temporary preferences folder; everything is put back afterwards.
+// shared centres, an empty messaging world, a recording assertion handler,
+// captured log lines and a temporary preferences folder; everything is put
+// back afterwards.
 class PlatformTest : public ::testing::Test {
  protected:
   void SetUp() override;
@@ -66,6 +67,10 @@ class PlatformTest : public ::testing::Test {
   std::shared_ptr<platform::Clock> previousClock_;
   std::shared_ptr<platform::AssertionHandler> previousHandler_;
   std::vector<std::pair<platform::Log::Channel, std::string>> log_;
+
+  // Empties the named-image registry, restores the default text measurer and
+  // removes the workspace's URL handler.
+  static void resetToolkit();
 };
 
 }  // namespace kibtest

@@ -1,0 +1,23 @@
+#pragma once
+
+// The whole messaging client library in one include.
+#include "platform/im/IMAccount.h"
+#include "platform/im/IMAccountController.h"
+#include "platform/im/IMConstants.h"
+#include "platform/im/IMDaemonBackend.h"
+#include "platform/im/IMDaemonController.h"
+#include "platform/im/IMDaemonListener.h"
+#include "platform/im/IMDaemonRequest.h"
+#include "platform/im/IMDirectlyObservableObject.h"
+#include "platform/im/IMDirectlyObservableObjectObserver.h"
+#include "platform/im/IMForward.h"
+#include "platform/im/IMHandle.h"
+#include "platform/im/IMHandleRegistrar.h"
+#include "platform/im/IMMelodix.h"
+#include "platform/im/IMMessagingWorld.h"
+#include "platform/im/IMPeople.h"
+#include "platform/im/IMPeopleCollection.h"
+#include "platform/im/IMPerson.h"
+#include "platform/im/IMPersonStatus.h"
+#include "platform/im/IMService.h"
+#include "platform/im/IMServiceAgent.h"
