@@ -1,5 +1,6 @@
 #include "sim/SimWorld.h"
 
+
 #include "platform/core/Clock.h"
 #include "platform/core/DistributedNotificationCenter.h"
 #include "platform/core/Log.h"
@@ -16,6 +17,7 @@
 #include "platform/im/IMPeople.h"
 #include "platform/im/IMPerson.h"
 #include "platform/im/IMService.h"
+#include "platform/ui/Workspace.h"
 #include "platform/im/IMServiceAgent.h"
 #include "sim/ScenarioLoader.h"
 
@@ -61,6 +63,12 @@ void SimWorld::build() {
   daemon_ = std::make_shared<SimDaemon>(std::static_pointer_cast<SimWorld>(shared_from_this()), scenario_);
   platform::IMDaemonController::sharedController()->setBackend(daemon_);
   application_ = MessagingApplication::make(scenario_.latency.screenSharingEnd);
+  // The messaging application handles the URLs the workspace opens.
+  std::weak_ptr<MessagingApplication> application = application_;
+  platform::Workspace::sharedWorkspace().setURLHandler([application](const std::string& url) {
+    auto app = application.lock();
+    return app && app->openURL(url);
+  });
 }
 
 void SimWorld::buildServices() {
