@@ -35,7 +35,7 @@ std::vector<TerminalScreen::Cell> SlotRenderer::render(const platform::Recording
       style.dim = !op.enabled;
       if (glyph.color != TerminalScreen::Color::Default && op.enabled) style.foreground = glyph.color;
       auto points = TerminalScreen::codePoints(glyph.text);
-      const int first = columnAt(op.rect.x + op.rect.width / 2) - static_cast<int>(points.size()) / 2;
+      const int first = columnAt(op.rect.x);
       for (std::size_t i = 0; i < points.size(); ++i) put(first + static_cast<int>(i), points[i], style);
     } else if (op.kind == Kind::DrawCell && op.cellClass == "TextFieldCell") {
       const double advance = 0.6 * (op.cell ? op.cell->fontSize() : 13.0);

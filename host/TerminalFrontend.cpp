@@ -45,7 +45,13 @@ std::string summary(const Transcript::Fields& line) {
   if (type == "menu") return text + " (" + std::to_string(line["items"].size()) + " items)";
   for (const auto& [key, value] : line.items()) {
     if (key == "t" || key == "type") continue;
-    text += " " + (value.is_string() ? value.get<std::string>() : value.dump());
+    if (value.is_boolean()) {
+      if (value.get<bool>()) text += " " + key;
+    } else if (value.is_null()) {
+      text += " (no " + key + ")";
+    } else {
+      text += " " + (value.is_string() ? value.get<std::string>() : value.dump());
+    }
   }
   return text;
 }
@@ -108,7 +114,7 @@ int TerminalFrontend::run(std::ostream& errors) {
   }
   transcript_->write("end");
   session_.leave();
-  return 0;
+  return quitSignal_ ? 128 + quitSignal_ : 0;
 }
 
 // The host's delegate.
@@ -160,6 +166,7 @@ void TerminalFrontend::readSignals() {
       shown_.resize(0, 0);
       requestRedraw();
     } else {
+      quitSignal_ = signal;
       requestQuit();
     }
   }

@@ -82,6 +82,7 @@ class TerminalFrontend final : public StatusBarHostDelegate {
   int slotColumn_ = 0;
   std::optional<std::string> prompt_;  // the status text being typed
   bool quit_ = false;
+  int quitSignal_ = 0;  // the signal that ended the program, 0 for the user
   bool redrawScheduled_ = false;
   std::shared_ptr<TerminalFrontend*> self_;
 };

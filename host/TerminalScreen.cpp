@@ -57,6 +57,18 @@ int TerminalScreen::put(int x, int y, std::string_view text, const Style& style,
   return written;
 }
 
+std::string TerminalScreen::fitted(std::string_view text, int width) {
+  if (width <= 0) return "";
+  auto points = codePoints(text);
+  std::string result;
+  const int count = static_cast<int>(points.size());
+  const int kept = count > width ? width - 1 : count;
+  for (int i = 0; i < kept; ++i) result += points[static_cast<std::size_t>(i)];
+  if (count > width) result += "…";
+  for (int i = std::min(count, width); i < width; ++i) result += ' ';
+  return result;
+}
+
 int TerminalScreen::put(int x, int y, std::string_view text) { return put(x, y, text, Style{}); }
 
 void TerminalScreen::fill(int x, int y, int width, const Style& style, std::string_view glyph) {

@@ -57,6 +57,8 @@ class TerminalScreen {
   // Splits UTF-8 text into code points (an invalid byte becomes U+FFFD).
   static std::vector<std::string> codePoints(std::string_view text);
   static int columns(std::string_view text) { return static_cast<int>(codePoints(text).size()); }
+  // The text cut or padded with spaces to exactly the columns; a cut text ends in "…".
+  static std::string fitted(std::string_view text, int width);
 
  private:
   static std::string styleSequence(const Style& style);

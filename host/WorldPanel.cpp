@@ -80,7 +80,7 @@ const WorldPanel::Buddy* WorldPanel::selectedBuddy() const {
 void WorldPanel::draw(TerminalScreen& screen, int top, int bottom) const {
   const int width = screen.width();
   const bool twoColumns = width >= 100;
-  const int leftWidth = twoColumns ? std::max(60, width * 11 / 20) : width;
+  const int leftWidth = twoColumns ? std::max(64, width * 5 / 8) : width;
   int y = top;
   screen.put(1, y++, "Simulated world · " + scenarioName_, heading(), leftWidth - 2);
   y = drawAccounts(screen, 1, y + 1, leftWidth - 2);
@@ -102,19 +102,16 @@ int WorldPanel::drawAccounts(TerminalScreen& screen, int x, int y, int width) co
   for (const auto& entry : world_.scenario().accounts) {
     auto account = world_.account(entry.id);
     if (!account) continue;
-    std::string line = entry.id;
-    line.resize(std::max<std::size_t>(line.size() + 1, 9), ' ');
-    line += account->service() ? account->service()->name() : "?";
-    line.resize(std::max<std::size_t>(line.size() + 1, 17), ' ');
-    line += loginText(account->loginStatus());
-    line.resize(std::max<std::size_t>(line.size() + 1, 29), ' ');
-    screen.put(x + 1, y, line, account->isActive() ? Style{} : muted(), width - 1);
-    int statusX = x + 1 + static_cast<int>(TerminalScreen::columns(line));
+    std::string line = TerminalScreen::fitted(entry.id, 9) +
+                       TerminalScreen::fitted(account->service() ? account->service()->name() : "?", 8) +
+                       TerminalScreen::fitted(loginText(account->loginStatus()), 12);
+    const int used = screen.put(x + 1, y, line, account->isActive() ? Style{} : muted(), width - 1);
+    const int statusX = x + 1 + used;
     if (statusX + 12 < x + width) {
       putStatus(screen, statusX, y, account->myStatus());
       std::string extra;
-      if (account->isInvisible()) extra += " invisible";
-      if (!account->myStatusMessage().empty()) extra += " “" + account->myStatusMessage() + "”";
+      if (account->isInvisible()) extra += "invisible ";
+      if (!account->myStatusMessage().empty()) extra += "“" + account->myStatusMessage() + "”";
       screen.put(statusX + 12, y, extra, muted(), x + width - statusX - 12);
     }
     ++y;
@@ -133,18 +130,15 @@ int WorldPanel::drawBuddies(TerminalScreen& screen, int x, int y, int width, int
     const bool picked = i == selected_;
     Style style;
     if (picked) style.reverse = true;
-    std::string line = (picked ? "▸ " : "  ") + buddy.name;
-    line.resize(std::max<std::size_t>(line.size() + 1, 22), ' ');
-    std::string id = buddy.accountID + "/" + buddy.handleID;
-    if (id.size() > 24) id = id.substr(0, 23) + "…";
-    line += id;
     screen.fill(x, y, width, style);
-    const int used = screen.put(x, y, line, style, width);
-    const int statusX = x + std::max(used + 1, 48);
-    if (handle && statusX + 12 < x + width) {
-      putStatus(screen, statusX, y, handle->status());
-      screen.put(statusX + 12, y, handle->statusMessage(), muted(), x + width - statusX - 12);
-    }
+    int column = x + screen.put(x, y, std::string(picked ? "▸ " : "  ") + TerminalScreen::fitted(buddy.name, 17) + " ", style, width);
+    if (!handle || column + 12 >= x + width) continue;
+    putStatus(screen, column, y, handle->status());
+    column += 12;
+    const int messageWidth = std::min(22, x + width - column);
+    screen.put(column, y, TerminalScreen::fitted(handle->statusMessage(), messageWidth), Style{}, messageWidth);
+    column += messageWidth + 1;
+    if (column < x + width) screen.put(column, y, buddy.accountID + "/" + buddy.handleID, muted(), x + width - column);
   }
   return y;
 }
