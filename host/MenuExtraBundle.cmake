@@ -12,6 +12,10 @@ function(kib_menu_extra_bundle target)
   target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} kibplatform)
   set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME ${arg_OUTPUT_NAME}
                                              LIBRARY_OUTPUT_DIRECTORY ${dir})
+  # A symbol the bundle needs and nobody defines is a link error, not a failure at load time.
+  if(NOT KIB_SANITIZE)
+    target_link_options(${target} PRIVATE LINKER:--no-undefined)
+  endif()
 
   set(stamp ${CMAKE_CURRENT_BINARY_DIR}/${target}.layout.stamp)
   set(commands COMMAND ${CMAKE_COMMAND} -E make_directory ${dir}

@@ -11,6 +11,7 @@ std::shared_ptr<platform::MenuExtra> initWithBundle(const platform::BundlePtr& b
   return VelmoKibExtra::initWithBundle(bundle);
 }
 
+#if KIB_EXTRA_HAS_SELF_TEST
 void runSelfTestDuration(platform::MenuExtra& extra, std::uint32_t test, double duration) {
   static_cast<VelmoKibExtra&>(extra).runSelfTestDuration(test, duration);
 }
@@ -21,6 +22,10 @@ double durationOfTest(platform::MenuExtra& extra, std::uint32_t test) {
 
 const platform::MenuExtraClass kVelmoKibExtraClass{platform::kMenuExtraPluginVersion, "VelmoKibExtra",
                                                    &initWithBundle, &runSelfTestDuration, &durationOfTest};
+#else
+const platform::MenuExtraClass kVelmoKibExtraClass{platform::kMenuExtraPluginVersion, "VelmoKibExtra",
+                                                   &initWithBundle, nullptr, nullptr};
+#endif
 
 }  // namespace
 
