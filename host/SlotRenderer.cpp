@@ -38,7 +38,8 @@ std::vector<TerminalScreen::Cell> SlotRenderer::render(const platform::Recording
       const int first = columnAt(op.rect.x);
       for (std::size_t i = 0; i < points.size(); ++i) put(first + static_cast<int>(i), points[i], style);
     } else if (op.kind == Kind::DrawCell && op.cellClass == "TextFieldCell") {
-      const double advance = 0.6 * (op.cell ? op.cell->fontSize() : 13.0);
+      // The recorded operation keeps no font; banner text is in the system font.
+      const double advance = 0.6 * platform::Cell::systemFontSizeForControlSize(platform::ControlSize::Regular);
       const auto clip = op.clip.value_or(platform::Rect{0, 0, length, 22});
       auto points = TerminalScreen::codePoints(op.string);
       for (std::size_t i = 0; i < points.size(); ++i) {

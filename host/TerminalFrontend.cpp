@@ -134,7 +134,6 @@ void TerminalFrontend::menuDidOpen(const platform::MenuPtr& menu) {
   recorder_->menuDidOpen(menu);
   auto* open = host_->openMenu();
   menu_ = std::make_unique<TerminalMenu>(open->tracking, open->modifierFlags);
-  menu_->moveSelection(1);
   redraw();
 }
 

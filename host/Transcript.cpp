@@ -11,7 +11,7 @@ Transcript::Transcript(std::ostream& out) : out_(out), start_(platform::Clock::c
 double Transcript::elapsed() const { return platform::Clock::current().now() - start_; }
 
 double Transcript::rounded(double seconds) {
-  double value = std::round(seconds * 1e6) / 1e6;
+  double value = std::round(seconds * 1e4) / 1e4;
   return value == 0 ? 0.0 : value;  // no "-0.0"
 }
 

@@ -8,8 +8,8 @@
 namespace kibhost {
 
 // A transcript: one JSON object per line, each starting with the time "t"
-// (seconds since the transcript began, on the current clock, to the
-// microsecond) and its "type", followed by the fields of that type.
+// (seconds since the transcript began, on the current clock, to a tenth of a
+// millisecond) and its "type", followed by the fields of that type.
 class Transcript {
  public:
   using Fields = nlohmann::ordered_json;

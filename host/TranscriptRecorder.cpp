@@ -51,8 +51,9 @@ TranscriptRecorder::~TranscriptRecorder() {
   if (const auto& application = world_.application()) application->setActivityObserver(nullptr);
   platform::IMDaemonController::sharedController()->removeRequestObserver(daemonToken_);
   platform::DistributedNotificationCenter::defaultCenter().removeObserver(distributedToken_.get());
+  platform::Workspace::sharedWorkspace().setURLHandler(opener_);
   platform::Preferences::setWriteObserver(nullptr);
-  platform::Log::setSink(nullptr);
+  platform::Log::setSink(previousSink_);
   platform::AssertionHandler::setCurrent(previousAssertionHandler_);
 }
 
@@ -65,8 +66,8 @@ void TranscriptRecorder::hookWorld(sim::SimWorld& world) {
         [this](const std::string& line) { transcript_.write("application", {{"activity", line}}); });
   }
   auto& workspace = platform::Workspace::sharedWorkspace();
-  auto opener = workspace.setURLHandler(nullptr);
-  workspace.setURLHandler([this, opener](const std::string& url) {
+  opener_ = workspace.setURLHandler(nullptr);
+  workspace.setURLHandler([this, opener = opener_](const std::string& url) {
     transcript_.write("url", {{"url", url}});
     return opener && opener(url);
   });
@@ -92,7 +93,7 @@ void TranscriptRecorder::hookPlatform() {
   platform::Preferences::setWriteObserver([this](const std::string& domain, const std::filesystem::path& file) {
     transcript_.write("preferences", {{"domain", domain}, {"values", readJSONFile(file)}});
   });
-  platform::Log::setSink(
+  previousSink_ = platform::Log::setSink(
       [this](platform::Log::Channel channel, const std::string& line) { recordLog(channel, line); });
   previousAssertionHandler_ = platform::AssertionHandler::setCurrent(std::make_shared<ReturningAssertionHandler>(
       [this](const std::string& method, const platform::Object* object, const std::string& file, int line,

@@ -12,6 +12,7 @@
 #include "platform/core/AssertionHandler.h"
 #include "platform/core/Log.h"
 #include "platform/core/Object.h"
+#include "platform/ui/Workspace.h"
 #include "sim/SimWorld.h"
 
 namespace kibhost {
@@ -72,6 +73,8 @@ class TranscriptRecorder final : public StatusBarHostDelegate {
 
   std::uint64_t daemonToken_ = 0;
   platform::ObjectPtr distributedToken_;
+  platform::Workspace::URLHandler opener_;
+  platform::Log::Sink previousSink_;
   std::shared_ptr<platform::AssertionHandler> previousAssertionHandler_;
 };
 
