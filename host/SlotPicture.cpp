@@ -14,7 +14,7 @@ SlotPicture SlotPicture::fromCanvas(const platform::RecordingCanvas& canvas) {
         haveIcon = true;
         picture.image = op.image->displayName();
         picture.dimmed = !op.enabled;
-      } else if (op.cellClass == "TextFieldCell" && !picture.text) {
+      } else if (op.cellClass == "TextFieldCell" && !picture.text && !(op.clip && op.clip->isEmpty())) {
         picture.text = op.string;
         picture.textX = op.rect.x;
       }

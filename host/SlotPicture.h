@@ -9,7 +9,8 @@ namespace kibhost {
 
 // What a status item's view showed when it was last drawn, read back from the
 // drawing operations: the icon (the image cell), the banner text (the first
-// text cell drawn) and whether the slot was drawn as the open menu's title.
+// text cell drawn where its clip leaves room to show it) and whether the slot
+// was drawn as the open menu's title.
 struct SlotPicture {
   std::string image;  // the icon's display name, "" when no image was drawn
   bool dimmed = false;

@@ -57,6 +57,11 @@ TEST(SlotRenderingTest, ThePictureIsReadBackFromTheDrawing) {
   EXPECT_TRUE(picture.highlighted);
   EXPECT_EQ(picture.text, "Working late");
   EXPECT_EQ(picture.textX, 18) << "the first copy of the text, not the one following it";
+
+  // A slot too narrow for any text (the end of a collapse) shows none.
+  canvas.clear();
+  drawSlot(canvas, 30, "MenuExtra.pdf", false, "Working late", 0, false);
+  EXPECT_FALSE(SlotPicture::fromCanvas(canvas).text);
 }
 
 TEST(SlotRenderingTest, TheSlotBecomesColumnsOfTheBarsTextWidth) {
