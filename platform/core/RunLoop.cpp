@@ -264,10 +264,14 @@ void RunLoop::runUntilIdle(RunLoopModes mode) {
 }
 
 void RunLoop::reset() {
-  for (auto& p : performs_) p->cancelled = true;
+  // Let go of the targets only once the loop is empty: a target's destructor
+  // may cancel its own performs or invalidate its timers.
+  auto performs = std::move(performs_);
   performs_.clear();
-  for (auto& t : timers_) t.timer->invalidate();
+  for (auto& p : performs) p->cancelled = true;
+  auto timers = std::move(timers_);
   timers_.clear();
+  for (auto& t : timers) t.timer->invalidate();
   sources_.clear();
   stopRequested_ = false;
 }
