@@ -71,13 +71,15 @@ std::shared_ptr<MessagingApplication> MessagingApplication::make(double endLaten
 }
 
 MessagingApplication::~MessagingApplication() {
-  if (shouldTerminateToken_) platform::DistributedNotificationCenter::defaultCenter().removeObserver(shouldTerminateToken_.get());
+  if (shouldTerminateToken_)
+    platform::DistributedNotificationCenter::defaultCenter().removeObserver(shouldTerminateToken_.get());
 }
 
 void MessagingApplication::listen() {
   std::weak_ptr<MessagingApplication> weakSelf = std::static_pointer_cast<MessagingApplication>(shared_from_this());
   shouldTerminateToken_ = platform::DistributedNotificationCenter::defaultCenter().addObserverForName(
-      platform::kKBParloScreenSharingShouldTerminateNotification, nullptr, [weakSelf](const platform::NotificationPtr&) {
+      platform::kKBParloScreenSharingShouldTerminateNotification, nullptr,
+      [weakSelf](const platform::NotificationPtr&) {
         if (auto self = weakSelf.lock()) self->shouldTerminateSharing();
       });
 }

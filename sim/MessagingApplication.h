@@ -20,8 +20,8 @@ class MessagingApplication final : public platform::Object {
   struct Chat {
     std::string service;  // the service's internal name as the URL gave it
     std::string ID;
-    bool textOnly = false;     // "&style=IM"
-    bool knownBuddy = false;   // the service knows the ID (infoForScreenName)
+    bool textOnly = false;    // "&style=IM"
+    bool knownBuddy = false;  // the service knows the ID (infoForScreenName)
     std::string url;
   };
   using ActivityObserver = std::function<void(const std::string&)>;

@@ -80,9 +80,9 @@ struct ScenarioMusic {
 
 // How long the simulated daemon and application take to answer (seconds).
 struct ScenarioLatency {
-  double status = 0.25;            // setMyStatus:message: until the accounts show it
-  double login = 1.0;              // a log-in request until the account is connected
-  double screenSharingEnd = 0.5;   // should-terminate until the ended notification
+  double status = 0.25;           // setMyStatus:message: until the accounts show it
+  double login = 1.0;             // a log-in request until the account is connected
+  double screenSharingEnd = 0.5;  // should-terminate until the ended notification
 };
 
 struct Scenario {

@@ -21,15 +21,22 @@ namespace {
 
 std::string typeName(const json& value) {
   switch (value.type()) {
-    case json::value_t::null: return "null";
-    case json::value_t::boolean: return "boolean";
+    case json::value_t::null:
+      return "null";
+    case json::value_t::boolean:
+      return "boolean";
     case json::value_t::number_integer:
     case json::value_t::number_unsigned:
-    case json::value_t::number_float: return "number";
-    case json::value_t::string: return "string";
-    case json::value_t::array: return "array";
-    case json::value_t::object: return "object";
-    default: return "value";
+    case json::value_t::number_float:
+      return "number";
+    case json::value_t::string:
+      return "string";
+    case json::value_t::array:
+      return "array";
+    case json::value_t::object:
+      return "object";
+    default:
+      return "value";
   }
 }
 
@@ -123,8 +130,8 @@ class Checker {
 
   IMPersonStatus status(const json& value, const std::string& path) const {
     static const std::map<std::string, IMPersonStatus> names = {
-        {"unknown", platform::kIMPersonStatusUnknown}, {"offline", platform::kIMPersonStatusOffline},
-        {"idle", platform::kIMPersonStatusIdle},       {"away", platform::kIMPersonStatusAway},
+        {"unknown", platform::kIMPersonStatusUnknown},     {"offline", platform::kIMPersonStatusOffline},
+        {"idle", platform::kIMPersonStatusIdle},           {"away", platform::kIMPersonStatusAway},
         {"available", platform::kIMPersonStatusAvailable}, {"nostatus", platform::kIMPersonStatusNoStatus},
         {"no-status", platform::kIMPersonStatusNoStatus}};
     if (value.is_string()) {
@@ -172,7 +179,8 @@ class Checker {
       errno = 0;
       auto parsed = std::strtoull(text.c_str(), &end, 16);
       bool hex = text.size() > 2 && (text.rfind("0x", 0) == 0 || text.rfind("0X", 0) == 0);
-      if (!hex || errno != 0 || *end != '\0') fail(path, "expected a hexadecimal number like \"0x8000\", found " + inQuotes(text));
+      if (!hex || errno != 0 || *end != '\0')
+        fail(path, "expected a hexadecimal number like \"0x8000\", found " + inQuotes(text));
       return parsed;
     }
     if (value.is_array()) {
@@ -207,9 +215,9 @@ const std::map<std::string, std::uint64_t>& accountCapabilityNames() {
 
 const std::map<std::string, std::uint64_t>& vcCapabilityNames() {
   static const std::map<std::string, std::uint64_t> names = {{"conference", platform::kIMVCCapabilityConference},
-                                                              {"camera", platform::kIMVCCapabilityCamera},
-                                                              {"microphone", platform::kIMVCCapabilityMicrophone},
-                                                              {"multiway", platform::kIMVCCapabilityMultiway}};
+                                                             {"camera", platform::kIMVCCapabilityCamera},
+                                                             {"microphone", platform::kIMVCCapabilityMicrophone},
+                                                             {"multiway", platform::kIMVCCapabilityMultiway}};
   return names;
 }
 
@@ -220,7 +228,8 @@ class Registry {
 
   void add(const std::string& key, const std::string& shown, const std::string& path) {
     auto [found, inserted] = places_.emplace(key, path);
-    if (!inserted) checker_.fail(path, "duplicate " + what_ + " " + inQuotes(shown) + " (first at " + found->second + ")");
+    if (!inserted)
+      checker_.fail(path, "duplicate " + what_ + " " + inQuotes(shown) + " (first at " + found->second + ")");
   }
 
  private:
@@ -230,8 +239,8 @@ class Registry {
 };
 
 // Groups as names or {"name", "sortOrder"} objects; shared with the event reader.
-void readGroupList(const Checker& checker, const json& value, const std::string& path,
-                          std::vector<std::string>& groups, std::map<std::string, std::uint32_t>& sortOrders) {
+void readGroupList(const Checker& checker, const json& value, const std::string& path, std::vector<std::string>& groups,
+                   std::map<std::string, std::uint32_t>& sortOrders) {
   const auto& items = checker.array(value, path);
   for (std::size_t i = 0; i < items.size(); ++i) {
     auto itemPath = element(path, i);
@@ -263,8 +272,9 @@ class ScenarioReader {
   }
 
   Scenario read() {
-    checker_.object(root_, "$", {"description", "services", "accounts", "people", "savedMessages", "music", "daemon",
-                                 "latency", "events"});
+    checker_.object(
+        root_, "$",
+        {"description", "services", "accounts", "people", "savedMessages", "music", "daemon", "latency", "events"});
     scenario_.description = checker_.string(root_, "description", "$", "");
     readServices();
     readAccounts();
@@ -285,15 +295,16 @@ class ScenarioReader {
     const auto& items = checker_.array(*list, "$.services");
     for (std::size_t i = 0; i < items.size(); ++i) {
       auto path = element("$.services", i);
-      const auto& item = checker_.object(items[i], path,
-                                         {"name", "internalName", "shortName", "enabled", "persistent", "status"});
+      const auto& item =
+          checker_.object(items[i], path, {"name", "internalName", "shortName", "enabled", "persistent", "status"});
       ScenarioService service;
       service.name = checker_.requiredString(item, "name", path);
       service.internalName = checker_.string(item, "internalName", path, service.name);
       service.shortName = checker_.string(item, "shortName", path, service.name);
       service.enabled = checker_.boolean(item, "enabled", path, true);
       service.persistent = checker_.boolean(item, "persistent", path, true);
-      if (const auto* status = checker_.find(item, "status")) service.status = checker_.status(*status, member(path, "status"));
+      if (const auto* status = checker_.find(item, "status"))
+        service.status = checker_.status(*status, member(path, "status"));
       names.add(service.name, service.name, member(path, "name"));
       internalNames.add(service.internalName, service.internalName, member(path, "internalName"));
       scenario_.services.push_back(std::move(service));
@@ -308,8 +319,8 @@ class ScenarioReader {
     for (std::size_t i = 0; i < items.size(); ++i) {
       auto path = element("$.accounts", i);
       const auto& item = checker_.object(items[i], path,
-                                         {"id", "service", "login", "capabilities", "active", "loginStatus",
-                                          "myStatus", "myMessage", "invisible", "nowPlaying"});
+                                         {"id", "service", "login", "capabilities", "active", "loginStatus", "myStatus",
+                                          "myMessage", "invisible", "nowPlaying"});
       ScenarioAccount account;
       account.id = checker_.requiredString(item, "id", path);
       account.service = checker_.requiredString(item, "service", path);
@@ -362,17 +373,18 @@ class ScenarioReader {
   }
 
   ScenarioHandle readHandle(const json& value, const std::string& path) {
-    const auto& item = checker_.object(value, path,
-                                       {"account", "id", "groups", "status", "message", "idle", "audio", "video",
-                                        "conference", "mobile", "emails", "otherServiceIDs", "authRequest",
-                                        "nickname", "statusURL", "blocked"});
+    const auto& item =
+        checker_.object(value, path,
+                        {"account", "id", "groups", "status", "message", "idle", "audio", "video", "conference",
+                         "mobile", "emails", "otherServiceIDs", "authRequest", "nickname", "statusURL", "blocked"});
     ScenarioHandle handle;
     handle.account = checker_.requiredString(item, "account", path);
     if (!scenario_.accountWithID(handle.account))
       checker_.fail(member(path, "account"), "no account with id " + inQuotes(handle.account));
     handle.id = checker_.requiredString(item, "id", path);
     if (const auto* groups = checker_.find(item, "groups")) readGroups(*groups, member(path, "groups"), handle);
-    if (const auto* status = checker_.find(item, "status")) handle.status = checker_.status(*status, member(path, "status"));
+    if (const auto* status = checker_.find(item, "status"))
+      handle.status = checker_.status(*status, member(path, "status"));
     handle.message = checker_.string(item, "message", path, "");
     handle.idle = checker_.seconds(item, "idle", path, 0);
     handle.audio = checker_.boolean(item, "audio", path, false);
@@ -448,7 +460,8 @@ class ScenarioReader {
     if (!list) return;
     const auto& items = checker_.array(*list, "$.events");
     for (std::size_t i = 0; i < items.size(); ++i)
-      scenario_.events.push_back(ScenarioLoader::parseEvent(items[i], scenario_, scenario_.source, element("$.events", i)));
+      scenario_.events.push_back(
+          ScenarioLoader::parseEvent(items[i], scenario_, scenario_.source, element("$.events", i)));
   }
 
   const json& root_;
@@ -519,8 +532,8 @@ SimEvent ScenarioLoader::parseEvent(const json& value, const Scenario& scenario,
                                     const std::string& path) {
   Checker checker(source);
   const auto& item = checker.object(value, path,
-                                    {"at", "type", "account", "handle", "status", "message", "idle", "groups",
-                                     "audio", "video", "conference", "text", "centre", "partner"});
+                                    {"at", "type", "account", "handle", "status", "message", "idle", "groups", "audio",
+                                     "video", "conference", "text", "centre", "partner"});
   SimEvent event;
   auto typeText = checker.requiredString(item, "type", path);
   auto type = SimEvent::typeNamed(typeText);
@@ -546,15 +559,18 @@ SimEvent ScenarioLoader::parseEvent(const json& value, const Scenario& scenario,
   if (SimEvent::needsHandle(event.type)) {
     event.handle = checker.requiredString(item, "handle", path);
     if (!scenarioHasHandle(scenario, event.account, event.handle))
-      checker.fail(member(path, "handle"), "no handle " + inQuotes(event.handle) + " on account " + inQuotes(event.account));
+      checker.fail(member(path, "handle"),
+                   "no handle " + inQuotes(event.handle) + " on account " + inQuotes(event.account));
   }
   using Type = SimEvent::Type;
   switch (event.type) {
     case Type::BuddyStatus:
     case Type::BuddyOnline:
       allow({"account", "handle", "status", "message", "idle"});
-      if (const auto* status = checker.find(item, "status")) event.status = checker.status(*status, member(path, "status"));
-      if (const auto* message = checker.find(item, "message")) event.message = checker.string(*message, member(path, "message"));
+      if (const auto* status = checker.find(item, "status"))
+        event.status = checker.status(*status, member(path, "status"));
+      if (const auto* message = checker.find(item, "message"))
+        event.message = checker.string(*message, member(path, "message"));
       if (const auto* idle = checker.find(item, "idle")) event.idle = checker.seconds(*idle, member(path, "idle"));
       if (event.type == Type::BuddyStatus && !event.status && !event.message && !event.idle)
         checker.fail(path, "a buddy-status event needs status, message or idle");
@@ -590,11 +606,13 @@ SimEvent ScenarioLoader::parseEvent(const json& value, const Scenario& scenario,
       }
       event.centre = checker.string(item, "centre", path, "distributed");
       if (event.centre != "distributed" && event.centre != "service" && event.centre != "both")
-        checker.fail(member(path, "centre"), "unknown centre " + inQuotes(event.centre) + " (use distributed, service or both)");
+        checker.fail(member(path, "centre"),
+                     "unknown centre " + inQuotes(event.centre) + " (use distributed, service or both)");
       break;
     case Type::ScreenSharingStart:
       allow({"partner"});
-      if (const auto* partner = checker.find(item, "partner")) event.partner = checker.string(*partner, member(path, "partner"));
+      if (const auto* partner = checker.find(item, "partner"))
+        event.partner = checker.string(*partner, member(path, "partner"));
       break;
     case Type::DaemonDisconnect:
     case Type::DaemonConnect:

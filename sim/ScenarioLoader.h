@@ -1,9 +1,8 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
-
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "sim/Scenario.h"
 #include "sim/ScenarioError.h"

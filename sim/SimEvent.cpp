@@ -165,7 +165,8 @@ std::string SimEvent::description() const {
   if (audio) text += " audio=" + yesNo(*audio);
   if (video) text += " video=" + yesNo(*video);
   if (conference) text += " conference=" + yesNo(*conference);
-  if (type == Type::StatusText) text += " " + inQuotes(this->text) + (centre == "distributed" ? "" : " centre=" + centre);
+  if (type == Type::StatusText)
+    text += " " + inQuotes(this->text) + (centre == "distributed" ? "" : " centre=" + centre);
   if (type == Type::ScreenSharingStart) text += partner ? " partner=" + inQuotes(*partner) : " (no partner)";
   return text;
 }

@@ -15,13 +15,13 @@ namespace sim {
 // application shows a status text, shares the screen or quits.
 struct SimEvent {
   enum class Type {
-    BuddyStatus,         // account, handle; any of status, message, idle
-    BuddyOnline,         // account, handle; status (default available), message
-    BuddyOffline,        // account, handle
-    BuddyGroups,         // account, handle, groups (with sort orders)
-    BuddyCapabilities,   // account, handle; any of audio, video, conference
-    AccountConnect,      // account
-    AccountDisconnect,   // account
+    BuddyStatus,        // account, handle; any of status, message, idle
+    BuddyOnline,        // account, handle; status (default available), message
+    BuddyOffline,       // account, handle
+    BuddyGroups,        // account, handle, groups (with sort orders)
+    BuddyCapabilities,  // account, handle; any of audio, video, conference
+    AccountConnect,     // account
+    AccountDisconnect,  // account
     DaemonDisconnect,
     DaemonConnect,
     StatusText,          // text; centre "distributed" (default), "service" or "both"

@@ -1,14 +1,15 @@
 #include "sim/SimWorld.h"
 
+
 #include "platform/core/Clock.h"
 #include "platform/core/DistributedNotificationCenter.h"
+#include "platform/core/Log.h"
 #include "platform/core/RunLoop.h"
 #include "platform/core/String.h"
 #include "platform/im/IMAccount.h"
 #include "platform/im/IMAccountController.h"
 #include "platform/im/IMConstants.h"
 #include "platform/im/IMDaemonController.h"
-#include "platform/core/Log.h"
 #include "platform/im/IMHandle.h"
 #include "platform/im/IMMelodix.h"
 #include "platform/im/IMMessagingWorld.h"
@@ -16,6 +17,7 @@
 #include "platform/im/IMPeople.h"
 #include "platform/im/IMPerson.h"
 #include "platform/im/IMService.h"
+#include "platform/ui/Workspace.h"
 #include "platform/im/IMServiceAgent.h"
 #include "sim/ScenarioLoader.h"
 
@@ -61,6 +63,12 @@ void SimWorld::build() {
   daemon_ = std::make_shared<SimDaemon>(std::static_pointer_cast<SimWorld>(shared_from_this()), scenario_);
   platform::IMDaemonController::sharedController()->setBackend(daemon_);
   application_ = MessagingApplication::make(scenario_.latency.screenSharingEnd);
+  // The messaging application handles the URLs the workspace opens.
+  std::weak_ptr<MessagingApplication> application = application_;
+  platform::Workspace::sharedWorkspace().setURLHandler([application](const std::string& url) {
+    auto app = application.lock();
+    return app && app->openURL(url);
+  });
 }
 
 void SimWorld::buildServices() {
@@ -76,7 +84,8 @@ void SimWorld::buildServices() {
 void SimWorld::buildAccounts() {
   const auto& controller = platform::IMAccountController::sharedInstance();
   for (const auto& entry : scenario_.accounts) {
-    auto account = platform::IMAccount::make(platform::IMService::serviceWithName(entry.service), entry.login, entry.id);
+    auto account =
+        platform::IMAccount::make(platform::IMService::serviceWithName(entry.service), entry.login, entry.id);
     account->setActive(entry.active);
     account->setCapabilities(entry.capabilities);
     account->setInvisible(entry.invisible);
@@ -302,8 +311,9 @@ void SimWorld::disconnectAccount(const IMAccountPtr& account) {
 }
 
 std::string SimWorld::nowPlayingFor(const std::string& message) const {
-  const auto& format = daemon_ ? daemon_->nowPlayingFormat()
-                                : scenario_.daemon.nowPlayingFormat.value_or(platform::IMMelodixMessageFormat()->value());
+  const auto& format = daemon_
+                           ? daemon_->nowPlayingFormat()
+                           : scenario_.daemon.nowPlayingFormat.value_or(platform::IMMelodixMessageFormat()->value());
   if (message.empty() || message != format || !scenario_.music.interop || scenario_.music.currentTrack.empty())
     return "";
   auto text = format;

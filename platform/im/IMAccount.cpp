@@ -32,7 +32,8 @@ void IMAccount::setInvisible(bool invisible) {
 }
 
 void IMAccount::writeSettings() {
-  IMDaemonController::sharedController()->writeSettingsForAccount(std::static_pointer_cast<IMAccount>(shared_from_this()));
+  IMDaemonController::sharedController()->writeSettingsForAccount(
+      std::static_pointer_cast<IMAccount>(shared_from_this()));
 }
 
 void IMAccount::loginAccount() {

@@ -56,8 +56,8 @@ class IMAccount final : public Object {
   IMHandlePtr loginIMHandle();
 
   // Backend setters; each posts only when something changed.
-  void setActive(bool active);                 // IMAccountActivated/DeactivatedNotification
-  void setLoginStatus(std::uint32_t status);   // IMAccountLoginStatusChangedNotification
+  void setActive(bool active);                // IMAccountActivated/DeactivatedNotification
+  void setLoginStatus(std::uint32_t status);  // IMAccountLoginStatusChangedNotification
   // IMMeStatusChangedNotification.
   void setMyStatus(IMPersonStatus status, std::string message, std::string nowPlaying = "");
   void setCapabilities(std::uint64_t capabilities);

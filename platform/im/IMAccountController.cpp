@@ -86,7 +86,8 @@ void IMAccountController::removeAllAccounts() {
 }
 
 void IMAccountController::postUpdated() {
-  NotificationCenter::defaultCenter().postNotificationName(IMAccountControllerUpdatedNotification, weak_from_this().lock());
+  NotificationCenter::defaultCenter().postNotificationName(IMAccountControllerUpdatedNotification,
+                                                           weak_from_this().lock());
 }
 
 }  // namespace platform

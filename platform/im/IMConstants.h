@@ -18,10 +18,10 @@ extern const char* const IMHandleIsMobileChangedNotification;
 extern const char* const IMHandleSortOrderChangedNotification;
 
 // Service centre (IMService::notificationCenter()).
-extern const char* const IMServiceStatusChangedNotification;        // object: the service
-extern const char* const IMPersonStatusChangedNotification;         // object: the handle
-extern const char* const IMPersonInfoChangedNotification;           // object: the handle (nil: everyone)
-extern const char* const IMCustomStatusMessagesChangedNotification; // object: nil
+extern const char* const IMServiceStatusChangedNotification;           // object: the service
+extern const char* const IMPersonStatusChangedNotification;            // object: the handle
+extern const char* const IMPersonInfoChangedNotification;              // object: the handle (nil: everyone)
+extern const char* const IMCustomStatusMessagesChangedNotification;    // object: nil
 extern const char* const IMStatusImagesChangedAppearanceNotification;  // object: nil
 // Also posted on the distributed centre; the object is the text (a String).
 extern const char* const IMDisplayStatusTextNotification;
@@ -42,19 +42,19 @@ extern const char* const IMDaemonDidDisconnectNotification;         // object: t
 extern const char* const IMPeopleListChangedNotification;
 
 // Distributed notifications of the messaging application.
-extern const char* const kKBParloScreenSharingStartedNotification;   // object: partner name or nil
-extern const char* const kKBParloScreenSharingEndedNotification;     // object: nil
+extern const char* const kKBParloScreenSharingStartedNotification;          // object: partner name or nil
+extern const char* const kKBParloScreenSharingEndedNotification;            // object: nil
 extern const char* const kKBParloScreenSharingShouldTerminateNotification;  // object: nil
 
 // The messaging application's bundle identifier (workspace termination notices).
 extern const char* const kKBAppBundleIdentifier;
 
 // Person-info dictionary keys (IMService::infoForScreenName and infoForAllScreenNames).
-extern const char* const IMPersonFirstNameKey;     // String
-extern const char* const IMPersonLastNameKey;      // String
-extern const char* const IMPersonScreenNameKey;    // String, the handle's ID
-extern const char* const IMPersonStatusKey;        // Number, the person status
-extern const char* const IMPersonServiceNameKey;   // String, the service's name
+extern const char* const IMPersonFirstNameKey;    // String
+extern const char* const IMPersonLastNameKey;     // String
+extern const char* const IMPersonScreenNameKey;   // String, the handle's ID
+extern const char* const IMPersonStatusKey;       // Number, the person status
+extern const char* const IMPersonServiceNameKey;  // String, the service's name
 
 // Group-property keys (values are Numbers; the localizable key's value a String).
 extern const char* const kKBGroupSupportsAdd;
@@ -80,10 +80,10 @@ inline constexpr std::uint64_t kIMAccountCapabilityBuddyList = 0x8000;
 inline constexpr std::uint64_t kIMAccountCapabilityInvisibleLogin = 0x4000000000ULL;  // bit 38
 
 // Local audio/video capability bits of the daemon listener (IMDaemonListener::vcCapabilities).
-inline constexpr std::uint64_t kIMVCCapabilityConference = 0x20000;   // one-to-one conferencing engine
-inline constexpr std::uint64_t kIMVCCapabilityCamera = 0x40000;       // a camera to send video
-inline constexpr std::uint64_t kIMVCCapabilityMicrophone = 0x80000;   // a microphone to send audio
-inline constexpr std::uint64_t kIMVCCapabilityMultiway = 0x200000;    // multi-party video engine
+inline constexpr std::uint64_t kIMVCCapabilityConference = 0x20000;  // one-to-one conferencing engine
+inline constexpr std::uint64_t kIMVCCapabilityCamera = 0x40000;      // a camera to send video
+inline constexpr std::uint64_t kIMVCCapabilityMicrophone = 0x80000;  // a microphone to send audio
+inline constexpr std::uint64_t kIMVCCapabilityMultiway = 0x200000;   // multi-party video engine
 
 // Video chats need a camera and a conferencing engine; audio chats a microphone
 // and the one-to-one engine.
@@ -105,8 +105,8 @@ inline constexpr std::uint32_t kIMNameStyleShortName = 1;
 inline constexpr std::uint32_t kIMNameStyleScreenName = 2;
 
 // Names of the two special services.
-extern const char* const IMServiceNameSubNet;   // the local-network service
-extern const char* const IMServiceNameVistel;   // the video-calling service
+extern const char* const IMServiceNameSubNet;  // the local-network service
+extern const char* const IMServiceNameVistel;  // the video-calling service
 
 // How long after its log-in an account counts as just logged in (seconds).
 inline constexpr double kIMAccountJustLoggedInInterval = 5.0;

@@ -71,7 +71,8 @@ void IMDaemonController::loginAccount(const IMAccountPtr& account) {
 }
 
 void IMDaemonController::writeSettingsForAccount(const IMAccountPtr& account) {
-  report(IMDaemonRequest::command("writeSettings", {argumentText(account), account && account->isInvisible() ? "invisible" : "visible"}));
+  report(IMDaemonRequest::command(
+      "writeSettings", {argumentText(account), account && account->isInvisible() ? "invisible" : "visible"}));
   if (backend_ && account) backend_->writeAccountSettings(account);
 }
 
@@ -89,7 +90,8 @@ std::uint64_t IMDaemonController::vcCapabilities() const {
 
 ObjectPtr IMDaemonController::valueOfPersistentProperty(const std::string& key) const {
   auto value = backend_ ? backend_->valueOfPersistentProperty(key) : nullptr;
-  report(IMDaemonRequest::query("valueOfPersistentProperty:", {inQuotes(key)}, value ? inQuotes(describe(value)) : "nil"));
+  report(
+      IMDaemonRequest::query("valueOfPersistentProperty:", {inQuotes(key)}, value ? inQuotes(describe(value)) : "nil"));
   return value;
 }
 

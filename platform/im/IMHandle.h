@@ -103,19 +103,19 @@ class IMHandle final : public IMDirectlyObservableObject {
   void setStatus(IMPersonStatus status);
   void setStatusMessage(std::string message);
   void setIdleTime(double seconds);
-  void setStatusURL(std::string url);                     // extra properties
-  void setMobileDeviceName(std::string deviceName);       // mobile
-  void setPerson(IMPersonPtr person);                     // info
-  void setNickname(std::string nickname);                 // info
-  void setEmails(std::vector<std::string> emails);        // info
-  void setOtherServiceIDs(std::map<std::string, std::string> ids);  // extra properties
-  void setAuthRequestStatus(std::uint32_t status);        // extra properties
-  void setBlocked(bool blocked);                          // extra properties
+  void setStatusURL(std::string url);                                      // extra properties
+  void setMobileDeviceName(std::string deviceName);                        // mobile
+  void setPerson(IMPersonPtr person);                                      // info
+  void setNickname(std::string nickname);                                  // info
+  void setEmails(std::vector<std::string> emails);                         // info
+  void setOtherServiceIDs(std::map<std::string, std::string> ids);         // extra properties
+  void setAuthRequestStatus(std::uint32_t status);                         // extra properties
+  void setBlocked(bool blocked);                                           // extra properties
   void setCapabilities(bool audio, bool video, bool conferenceAvailable);  // capabilities
   // Groups in order with their sort orders (missing orders count from 0 in list order).
   void setGroups(std::vector<std::string> groups, std::map<std::string, std::uint32_t> sortOrders = {});
   void setSortOrderInGroup(const std::string& group, std::uint32_t order);  // sort order
-  void notePictureChanged();                              // picture
+  void notePictureChanged();                                                // picture
   void setIsLoginIMHandle(bool isLogin) { isLoginIMHandle_ = isLogin; }
 
   std::string className() const override { return "IMHandle"; }

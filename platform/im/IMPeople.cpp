@@ -28,7 +28,8 @@ void IMPeople::addIMHandle(const IMHandlePtr& handle) {
 }
 
 void IMPeople::removeIMHandle(const IMHandle* handle) {
-  auto found = std::find_if(people_.begin(), people_.end(), [handle](const IMHandlePtr& h) { return h.get() == handle; });
+  auto found =
+      std::find_if(people_.begin(), people_.end(), [handle](const IMHandlePtr& h) { return h.get() == handle; });
   if (found == people_.end()) return;
   auto keepAlive = *found;
   people_.erase(found);

@@ -33,7 +33,8 @@ void IMPeopleCollection::endCoalescedChanges() {
 }
 
 bool IMPeopleCollection::collectsIMPeople(const IMPeople* people) const {
-  return std::any_of(collected_.begin(), collected_.end(), [people](const IMPeoplePtr& p) { return p.get() == people; });
+  return std::any_of(collected_.begin(), collected_.end(),
+                     [people](const IMPeoplePtr& p) { return p.get() == people; });
 }
 
 void IMPeopleCollection::addIMPeople(const IMPeoplePtr& people) {

@@ -26,13 +26,9 @@ bool IMPerson::isEqualToIMPerson(const IMPerson* other) const {
   return !uniqueID_.empty() && uniqueID_ == other->uniqueID_;
 }
 
-bool IMPerson::isEqual(const Object* other) const {
-  return isEqualToIMPerson(dynamic_cast<const IMPerson*>(other));
-}
+bool IMPerson::isEqual(const Object* other) const { return isEqualToIMPerson(dynamic_cast<const IMPerson*>(other)); }
 
-std::size_t IMPerson::hash() const {
-  return uniqueID_.empty() ? Object::hash() : std::hash<std::string>()(uniqueID_);
-}
+std::size_t IMPerson::hash() const { return uniqueID_.empty() ? Object::hash() : std::hash<std::string>()(uniqueID_); }
 
 std::string IMPerson::description() const {
   auto name = fullName();

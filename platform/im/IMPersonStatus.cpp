@@ -5,12 +5,18 @@ namespace {
 
 int availabilityRank(IMPersonStatus status) {
   switch (status) {
-    case kIMPersonStatusAvailable: return 5;
-    case kIMPersonStatusAway: return 4;
-    case kIMPersonStatusIdle: return 3;
-    case kIMPersonStatusNoStatus: return 2;
-    case kIMPersonStatusOffline: return 1;
-    default: return 0;
+    case kIMPersonStatusAvailable:
+      return 5;
+    case kIMPersonStatusAway:
+      return 4;
+    case kIMPersonStatusIdle:
+      return 3;
+    case kIMPersonStatusNoStatus:
+      return 2;
+    case kIMPersonStatusOffline:
+      return 1;
+    default:
+      return 0;
   }
 }
 
@@ -27,12 +33,18 @@ int IMComparePersonStatus(IMPersonStatus a, IMPersonStatus b) {
 
 std::string IMNameOfPersonStatus(IMPersonStatus status) {
   switch (status) {
-    case kIMPersonStatusOffline: return "Offline";
-    case kIMPersonStatusIdle: return "Idle";
-    case kIMPersonStatusAway: return "Away";
-    case kIMPersonStatusAvailable: return "Available";
-    case kIMPersonStatusNoStatus: return "No Status";
-    default: return "Unknown";
+    case kIMPersonStatusOffline:
+      return "Offline";
+    case kIMPersonStatusIdle:
+      return "Idle";
+    case kIMPersonStatusAway:
+      return "Away";
+    case kIMPersonStatusAvailable:
+      return "Available";
+    case kIMPersonStatusNoStatus:
+      return "No Status";
+    default:
+      return "Unknown";
   }
 }
 

@@ -19,10 +19,14 @@ void IMServiceAgent::resetSharedAgent() { sharedSlot() = std::make_shared<IMServ
 
 std::string IMServiceAgent::imageNameForStatus(IMPersonStatus status) {
   switch (status) {
-    case kIMPersonStatusAvailable: return "status-available";
-    case kIMPersonStatusAway: return "status-away";
-    case kIMPersonStatusIdle: return "status-idle";
-    default: return "status-offline";
+    case kIMPersonStatusAvailable:
+      return "status-available";
+    case kIMPersonStatusAway:
+      return "status-away";
+    case kIMPersonStatusIdle:
+      return "status-idle";
+    default:
+      return "status-offline";
   }
 }
 

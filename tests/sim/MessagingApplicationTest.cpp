@@ -1,3 +1,4 @@
+#include "platform/ui/Workspace.h"
 #include <gtest/gtest.h>
 
 #include "platform/core/DistributedNotificationCenter.h"
@@ -62,6 +63,15 @@ TEST_F(MessagingApplicationTest, BuddyListURLsAndForeignURLs) {
   EXPECT_EQ(app->shownBuddyLists(), (std::vector<std::string>{"SubNet", "AIM"}));
   EXPECT_EQ(seen, (std::vector<std::string>{"buddy list SubNet", "buddy list AIM", "refused Parlo:format?disk=all"}));
   EXPECT_TRUE(app->openedChats().empty());
+}
+
+TEST_F(MessagingApplicationTest, TheWorkspaceHandsItsURLsToTheApplicationWhileTheWorldLives) {
+  auto& workspace = platform::Workspace::sharedWorkspace();
+  EXPECT_TRUE(workspace.openURL("Parlo:openbuddylist?service=Jabber"));
+  EXPECT_EQ(app->shownBuddyLists(), (std::vector<std::string>{"Jabber"}));
+  app.reset();
+  world.reset();
+  EXPECT_FALSE(workspace.openURL("Parlo:openbuddylist?service=AIM")) << "nobody handles it once the world is gone";
 }
 
 TEST_F(MessagingApplicationTest, ScreenSharingStartsEndsOnRequestAndStopsWhenTheApplicationQuits) {

@@ -184,12 +184,15 @@ TEST_F(ScenarioLoaderTest, EachKindOfBadScenarioIsRefusedWithItsPlaceAndProblem)
        "$.people[0].handles[0].id)"},
       {withAccounts(account, R"(, "people": [{ "id": "p" }, { "id": "p" }])"),
        "bad.json: $.people[1].id: duplicate person id \"p\" (first at $.people[0].id)"},
-      {withAccounts(account, R"(, "people": [{ "id": "p", "handles": [{ "account": "aim", "id": "x", "status": "busy" }] }])"),
+      {withAccounts(account,
+                    R"(, "people": [{ "id": "p", "handles": [{ "account": "aim", "id": "x", "status": "busy" }] }])"),
        "bad.json: $.people[0].handles[0].status: unknown status \"busy\" (use unknown, offline, idle, away, available "
        "or nostatus)"},
-      {withAccounts(account, R"(, "people": [{ "id": "p", "handles": [{ "account": "aim", "id": "x", "status": 9 }] }])"),
+      {withAccounts(account,
+                    R"(, "people": [{ "id": "p", "handles": [{ "account": "aim", "id": "x", "status": 9 }] }])"),
        "bad.json: $.people[0].handles[0].status: status 9 is not between 0 and 5"},
-      {withAccounts(account, R"(, "people": [{ "id": "p", "handles": [{ "account": "aim", "id": "x", "idle": -3 }] }])"),
+      {withAccounts(account,
+                    R"(, "people": [{ "id": "p", "handles": [{ "account": "aim", "id": "x", "idle": -3 }] }])"),
        "bad.json: $.people[0].handles[0].idle: must not be negative"},
       {R"({ "daemon": { "vcCapabilities": "0xZZ" } })",
        "bad.json: $.daemon.vcCapabilities: expected a hexadecimal number like \"0x8000\", found \"0xZZ\""},
@@ -197,7 +200,8 @@ TEST_F(ScenarioLoaderTest, EachKindOfBadScenarioIsRefusedWithItsPlaceAndProblem)
        "bad.json: $.events[0].type: unknown event type \"earthquake\" (known: buddy-status, buddy-online, "
        "buddy-offline, buddy-groups, buddy-capabilities, account-connect, account-disconnect, daemon-disconnect, "
        "daemon-connect, status-text, screen-sharing-start, screen-sharing-end, application-quit)"},
-      {withAccounts(account, R"(, "events": [{ "at": 1, "type": "buddy-offline", "account": "aim", "handle": "ghost" }])"),
+      {withAccounts(account,
+                    R"(, "events": [{ "at": 1, "type": "buddy-offline", "account": "aim", "handle": "ghost" }])"),
        "bad.json: $.events[0].handle: no handle \"ghost\" on account \"aim\""},
       {R"({ "events": [{ "at": 1, "type": "daemon-connect", "text": "hi" }] })",
        "bad.json: $.events[0].text: not a field of a daemon-connect event"},
@@ -210,7 +214,8 @@ TEST_F(ScenarioLoaderTest, EachKindOfBadScenarioIsRefusedWithItsPlaceAndProblem)
 TEST_F(ScenarioLoaderTest, ARefusedFileLeavesTheRunningWorldAsItWas) {
   auto world = sim::SimWorld::makeDefault();
   auto path = tempDir / "broken.json";
-  std::ofstream(path) << R"({ "services": [{ "name": "Solo" }], "accounts": [{ "id": "x", "service": "Nope", "login": "me" }] })";
+  std::ofstream(path)
+      << R"({ "services": [{ "name": "Solo" }], "accounts": [{ "id": "x", "service": "Nope", "login": "me" }] })";
   try {
     ScenarioLoader::loadFile(path);
     FAIL() << "the file was accepted";

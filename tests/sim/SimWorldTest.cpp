@@ -190,7 +190,8 @@ TEST_F(SimWorldTest, TheDaemonDisconnectsIgnoresCommandsAndComesBack) {
   EXPECT_FALSE(world->account("jab")->isConnected());
   world->apply(SimEvent::daemonConnect());
   EXPECT_TRUE(daemon()->isConnected());
-  EXPECT_EQ(standard.names, (std::vector<std::string>{IMDaemonDidDisconnectNotification, IMDaemonDidConnectNotification}));
+  EXPECT_EQ(standard.names,
+            (std::vector<std::string>{IMDaemonDidDisconnectNotification, IMDaemonDidConnectNotification}));
 }
 
 TEST_F(SimWorldTest, BuddyEventsChangeTheBuddyOnlyWhileItsAccountShowsIt) {
@@ -261,4 +262,31 @@ TEST_F(SimWorldTest, TheWorldLetsGoOfTheDaemonControllerWhenItEnds) {
   world.reset();
   EXPECT_EQ(daemon()->backend(), nullptr);
   EXPECT_FALSE(daemon()->isConnected());
+}
+
+TEST_F(SimWorldTest, TheExampleEveningPlaysToItsEnd) {
+  world.reset();
+  world = SimWorld::make(sim::ScenarioLoader::loadFile(simtest::sourceDir() / "examples" / "busy-evening.json"));
+  std::size_t played = 0;
+  world->setEventObserver([&](const SimEvent&) { ++played; });
+  CentreRecorder distributed(DistributedNotificationCenter::defaultCenter());
+  world->start();
+  advance(16);
+  EXPECT_EQ(world->handle("aim", "jreyes77")->groupsArray(), (std::vector<std::string>{"Buddies", "Co-Workers"}));
+  EXPECT_EQ(world->handle("aim", "jreyes77")->statusMessage(), "Home at last");
+  EXPECT_TRUE(world->account("jabber")->isConnected());
+  EXPECT_EQ(world->handle("jabber", "maya@jabber.velmo.example")->status(), kIMPersonStatusAway);
+  EXPECT_FALSE(world->handle("ambrel", "felix@felix-imac")->isConferenceAvailable());
+  advance(20);
+  EXPECT_FALSE(daemon()->isConnected());
+  EXPECT_EQ(world->handle("ambrel", "felix@felix-imac")->status(), kIMPersonStatusOffline);
+  advance(20);
+  EXPECT_EQ(played, world->scenario().events.size());
+  EXPECT_TRUE(daemon()->isConnected());
+  EXPECT_EQ(world->handle("aim", "maya.okafor")->status(), kIMPersonStatusOffline);
+  EXPECT_FALSE(world->application()->isRunning());
+  EXPECT_EQ(distributed.count(kKBParloScreenSharingStartedNotification), 2u);
+  EXPECT_EQ(distributed.count(kKBParloScreenSharingEndedNotification), 1u);
+  EXPECT_EQ(distributed.count(IMDisplayStatusTextNotification), 1u);
+  EXPECT_TRUE(linesOf(platform::Log::Channel::Warning).empty());
 }

@@ -5,6 +5,9 @@
 #include "platform/core/NotificationCenter.h"
 #include "platform/core/Preferences.h"
 #include "platform/im/IMMessagingWorld.h"
+#include "platform/ui/Image.h"
+#include "platform/ui/TextMeasurer.h"
+#include "platform/ui/Workspace.h"
 
 namespace kibtest {
 
@@ -14,6 +17,7 @@ void PlatformTest::SetUp() {
   platform::RunLoop::main().reset();
   platform::NotificationCenter::resetSharedCenters();
   platform::IMResetMessagingWorld();
+  resetToolkit();
   assertions = std::make_shared<RecordingAssertionHandler>();
   previousHandler_ = platform::AssertionHandler::setCurrent(assertions);
   platform::Log::setSink([this](platform::Log::Channel channel, const std::string& line) {
@@ -32,11 +36,18 @@ void PlatformTest::TearDown() {
   platform::IMResetMessagingWorld();
   platform::NotificationCenter::resetSharedCenters();
   platform::Preferences::setDirectory({});
+  resetToolkit();
   platform::Log::setSink(nullptr);
   platform::AssertionHandler::setCurrent(previousHandler_);
   platform::Clock::setCurrent(previousClock_);
   std::error_code ignored;
   std::filesystem::remove_all(tempDir, ignored);
+}
+
+void PlatformTest::resetToolkit() {
+  platform::Image::resetNamedImages();
+  platform::TextMeasurer::setCurrent(nullptr);
+  platform::Workspace::sharedWorkspace().reset();
 }
 
 void PlatformTest::advance(double seconds, platform::RunLoopModes mode) {

@@ -67,6 +67,10 @@ class PlatformTest : public ::testing::Test {
   std::shared_ptr<platform::Clock> previousClock_;
   std::shared_ptr<platform::AssertionHandler> previousHandler_;
   std::vector<std::pair<platform::Log::Channel, std::string>> log_;
+
+  // Empties the named-image registry, restores the default text measurer and
+  // removes the workspace's URL handler.
+  static void resetToolkit();
 };
 
 }  // namespace kibtest

@@ -45,11 +45,10 @@ TEST_F(IMAccountTest, StateChangesPostAccountNotificationsOnTheDefaultCentre) {
   account->setActive(false);
   account->setActive(true);
 
-  EXPECT_EQ(standard.names, (std::vector<std::string>{IMAccountLoginStatusChangedNotification,
-                                                      IMMeStatusChangedNotification,
-                                                      IMAccountInvisibilityChangedNotification,
-                                                      IMAccountDeactivatedNotification,
-                                                      IMAccountActivatedNotification}));
+  EXPECT_EQ(standard.names,
+            (std::vector<std::string>{IMAccountLoginStatusChangedNotification, IMMeStatusChangedNotification,
+                                      IMAccountInvisibilityChangedNotification, IMAccountDeactivatedNotification,
+                                      IMAccountActivatedNotification}));
   for (const auto& object : standard.objects) EXPECT_EQ(object.get(), account.get());
   EXPECT_TRUE(service.names.empty());
   EXPECT_FALSE(account->isConnected()) << "connecting is not logged in";

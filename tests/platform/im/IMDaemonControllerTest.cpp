@@ -106,7 +106,8 @@ TEST_F(IMDaemonControllerTest, ConnectionChangesPostOnTheDefaultCentre) {
   CentreRecorder standard(NotificationCenter::defaultCenter());
   controller->noteDaemonDidDisconnect();
   controller->noteDaemonDidConnect();
-  EXPECT_EQ(standard.names, (std::vector<std::string>{IMDaemonDidDisconnectNotification, IMDaemonDidConnectNotification}));
+  EXPECT_EQ(standard.names,
+            (std::vector<std::string>{IMDaemonDidDisconnectNotification, IMDaemonDidConnectNotification}));
   EXPECT_EQ(standard.objects.at(0), controller);
 }
 

@@ -61,12 +61,12 @@ TEST_F(IMHandleTest, EachSetterPostsItsHandleNotificationOnlyWhenSomethingChange
   handle->setStatusMessage("Counting");
   handle->setAuthRequestStatus(kIMAuthRequestPending);
 
-  EXPECT_EQ(observer.names, (std::vector<std::string>{
-                                IMHandleCapabilitiesChangedNotification, IMHandleStatusChangedNotification,
-                                IMHandlePictureChangedNotification, IMHandleInfoChangedNotification,
-                                IMHandleGroupsChangedNotification, IMHandleExtraPropertiesChangedNotification,
-                                IMHandleIsMobileChangedNotification, IMHandleSortOrderChangedNotification,
-                                IMHandleStatusChangedNotification, IMHandleExtraPropertiesChangedNotification}));
+  EXPECT_EQ(observer.names,
+            (std::vector<std::string>{IMHandleCapabilitiesChangedNotification, IMHandleStatusChangedNotification,
+                                      IMHandlePictureChangedNotification, IMHandleInfoChangedNotification,
+                                      IMHandleGroupsChangedNotification, IMHandleExtraPropertiesChangedNotification,
+                                      IMHandleIsMobileChangedNotification, IMHandleSortOrderChangedNotification,
+                                      IMHandleStatusChangedNotification, IMHandleExtraPropertiesChangedNotification}));
   for (const auto& object : observer.objects) EXPECT_EQ(object.get(), handle.get());
 }
 
@@ -81,7 +81,8 @@ TEST_F(IMHandleTest, StatusAndInfoChangesAlsoReachTheServiceCentreNotTheDefaultO
   person->setFirstName("Augusta");                   // through the person, to each of its handles
   handle->setCapabilities(true, true, true);         // direct only
 
-  EXPECT_EQ(service.names, (std::vector<std::string>{IMPersonStatusChangedNotification, IMPersonInfoChangedNotification}));
+  EXPECT_EQ(service.names,
+            (std::vector<std::string>{IMPersonStatusChangedNotification, IMPersonInfoChangedNotification}));
   EXPECT_EQ(service.objects.at(0).get(), handle.get());
   EXPECT_TRUE(standard.names.empty());
   EXPECT_EQ(handle->firstName(), "Augusta");
