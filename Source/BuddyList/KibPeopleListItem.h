@@ -19,6 +19,7 @@
 namespace kib {
 
 class KibPeopleListGroup;
+struct KibSortParameters;
 class KibPeopleListItem;
 using KibPeopleListItemPtr = std::shared_ptr<KibPeopleListItem>;
 
@@ -98,6 +99,15 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   // The alpha to draw with: from `from` to `to` through a transition, down and
   // back up through a pulse (to equal to from).
   double transitionAlphaToFromThrobs(double to, double from, std::uint64_t throbs) const;
+
+  // Ordering (KibPeopleListItemOrdering.cpp): -1 when the receiver comes
+  // first, 1 when the other does, 0 for a tie. Group headers lead their
+  // members; groups are ordered among themselves, the Offline group last.
+  // The comparator moves parameters->currentKey while it works.
+  std::int64_t compareWithKibSortParameters(const KibPeopleListItem& other, KibSortParameters* parameters) const;
+  // Two persons by the sort keys from parameters->currentKey on (or by manual order).
+  std::int64_t _compareIMHandlesWithWithKibSortParameters(const KibPeopleListItem& other,
+                                                           KibSortParameters* parameters) const;
 
   // The presence notifications an item listens to and their handlers, paired by position.
   static const std::vector<std::string>& notifications();
