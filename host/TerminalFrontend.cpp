@@ -339,7 +339,16 @@ void TerminalFrontend::redraw() {
   screen_.clear();
   drawBar();
   panel_->draw(screen_, 2, rows - 1);
-  if (menu_) menu_->draw(screen_, slotColumn_, 1);
+  if (menu_) {
+    // The open menu is in front: what is behind it steps back.
+    for (int y = 1; y < rows - 1; ++y)
+      for (int x = 0; x < columns; ++x) {
+        auto& style = screen_.at(x, y).style;
+        style.foreground = Color::BrightBlack;
+        style.reverse = false;
+      }
+    menu_->draw(screen_, slotColumn_, 1);
+  }
   drawFooter();
   session_.write(screen_.render(shown_));
   shown_ = screen_;
