@@ -31,8 +31,9 @@ HeadlessRun::HeadlessRun(sim::Scenario scenario, const std::string& scenarioName
 
 HeadlessRun::~HeadlessRun() {
   host_.reset();
-  platform::RunLoop::main().reset();
+  // The transcript has ended: what the extra left on the run loop goes unrecorded.
   recorder_.reset();
+  platform::RunLoop::main().reset();
   world_.reset();
   platform::Clock::setCurrent(previousClock_);
 }

@@ -356,18 +356,24 @@ void TerminalFrontend::redraw() {
 
 void TerminalFrontend::drawBar() {
   const Style bar = barStyle();
-  screen_.fill(0, 0, screen_.width(), bar);
+  const int width = screen_.width();
+  screen_.fill(0, 0, width, bar);
+  const std::string clock = clockText();
+  const std::string name = plugin_.bundle()->bundleIdentifier();
+  const int slotWidth = static_cast<int>(slotCells_.size());
+  // The slot comes first; the clock and the program's name only where there is room.
+  const bool showClock = width >= slotWidth + TerminalScreen::columns(clock) + 12;
+  const int clockX = showClock ? width - TerminalScreen::columns(clock) - 1 : width;
+  if (showClock) screen_.put(clockX, 0, clock, bar);
+  slotColumn_ = std::max(0, clockX - (showClock ? 2 : 0) - slotWidth);
   Style title = bar;
   title.bold = true;
-  int x = screen_.put(1, 0, "kibbar", title) + 3;
-  screen_.put(x, 0, plugin_.bundle()->bundleIdentifier(), bar);
-  const std::string clock = clockText();
-  const int clockX = screen_.width() - TerminalScreen::columns(clock) - 1;
-  screen_.put(clockX, 0, clock, bar);
-  slotColumn_ = std::max(0, clockX - 2 - static_cast<int>(slotCells_.size()));
-  for (std::size_t i = 0; i < slotCells_.size(); ++i) {
-    const int column = slotColumn_ + static_cast<int>(i);
-    if (screen_.contains(column, 0)) screen_.at(column, 0) = slotCells_[i];
+  const int room = slotColumn_ - 2;
+  const int used = screen_.put(1, 0, "kibbar", title, std::max(0, room));
+  if (room - used > TerminalScreen::columns(name) + 3) screen_.put(used + 4, 0, name, bar);
+  for (int i = 0; i < slotWidth; ++i) {
+    const int column = slotColumn_ + i;
+    if (screen_.contains(column, 0)) screen_.at(column, 0) = slotCells_[static_cast<std::size_t>(i)];
   }
 }
 
