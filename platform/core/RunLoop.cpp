@@ -264,8 +264,12 @@ void RunLoop::runUntilIdle(RunLoopModes mode) {
 }
 
 void RunLoop::reset() {
-  for (auto& p : performs_) p->cancelled = true;
+  // Released only once the loop is empty: a target that goes away with its
+  // perform may cancel its own requests from its destructor.
+  auto performs = std::move(performs_);
   performs_.clear();
+  for (auto& p : performs) p->cancelled = true;
+  performs.clear();
   for (auto& t : timers_) t.timer->invalidate();
   timers_.clear();
   sources_.clear();

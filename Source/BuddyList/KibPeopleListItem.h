@@ -1,0 +1,177 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Source/BuddyList/KibBuddyListPresence.h"
+#include "platform/core/Date.h"
+#include "platform/core/Dictionary.h"
+#include "platform/core/Notification.h"
+#include "platform/core/String.h"
+#include "platform/im/IMDirectlyObservableObject.h"
+#include "platform/im/IMDirectlyObservableObjectObserver.h"
+#include "platform/im/IMForward.h"
+#include "platform/im/IMPersonStatus.h"
+
+namespace kib {
+
+class KibPeopleListGroup;
+struct KibSortParameters;
+class KibPeopleListItem;
+using KibPeopleListItemPtr = std::shared_ptr<KibPeopleListItem>;
+
+// One row of the people list: a person, backed by a buddy-list presence, or a
+// group header standing for a group. A person item observes its presence,
+// caches what was last shown, and runs timed status transitions (2.0 s) and
+// pulses (4.0 s) whose progress the drawing code reads as an alpha value. It
+// tells its direct observers (the list) what must happen to the row through
+// the kKibPeopleListItem… notifications.
+//
+// The delegate and the group are not owned; the class clears them on every
+// live person item with clearAllWeakReferencesTo / clearAllWeakGroupReferencesTo.
+// Group items are not in that registry.
+class KibPeopleListItem : public platform::IMDirectlyObservableObject,
+                          public platform::IMDirectlyObservableObjectObserver {
+  PLATFORM_SELECTORS(KibPeopleListItem, platform::IMDirectlyObservableObject)
+
+ public:
+  // A person item; a nil presence is reported to the assertion handler.
+  static KibPeopleListItemPtr initWithBuddyListPresenceInGroup(const KibBuddyListPresencePtr& presence,
+                                                              KibPeopleListGroup* group);
+  // A group header; a nil group is reported to the assertion handler.
+  static KibPeopleListItemPtr initAsGroup(KibPeopleListGroup* group);
+
+  KibPeopleListItem() = default;
+  ~KibPeopleListItem() override;
+
+  // The initialisers' work on an item made elsewhere (a subclass's factory).
+  void initialiseWithBuddyListPresenceInGroup(const KibBuddyListPresencePtr& presence, KibPeopleListGroup* group);
+  void initialiseAsGroup(KibPeopleListGroup* group);
+
+  // Answers the receiver. (Equality is identity.)
+  KibPeopleListItemPtr copy();
+
+  // Accessors.
+  platform::Object* delegate() const { return _delegate; }
+  void setDelegate(platform::Object* delegate);
+  const KibBuddyListPresencePtr& buddyListPresence() const { return _presence; }
+  void setBuddyListPresence(const KibBuddyListPresencePtr& presence);
+  KibPeopleListGroup* peopleListGroup() const { return _group; }
+  void setPeopleListGroup(KibPeopleListGroup* group) { _group = group; }
+  bool isGroup() const { return _isGroup; }
+  bool isIMHandle() const { return _presence != nullptr; }
+  // The presence's most available handle.
+  platform::IMHandlePtr imHandle() const;
+  // The presence's group name, else the group's name; "" for none.
+  std::string group() const;
+  std::uint32_t sortOrder() const;
+  platform::StringPtr tooltipString() const { return nullptr; }
+  platform::IMPersonStatus currentStatus() const { return _currentStatus; }
+  platform::IMPersonStatus previousStatus() const { return _previousStatus; }
+  bool inStatusTransition() const { return _inTransition; }
+  bool isPulseTransition() const;
+
+  // The status to draw: during a transition the previous status stands in for
+  // one that is not online, so a person going offline keeps showing until the end.
+  platform::IMPersonStatus effectiveStatus() const;
+
+  // Display text.
+  platform::StringPtr displayName() const;
+  // Cached until clearAttributedStatusMessageCache; an idle person without a
+  // status URL shows the handle's idle text.
+  platform::StringPtr displayStatusMessage();
+  void clearAttributedStatusMessageCache();
+  static platform::StringPtr displayNameForString(const std::string& string);
+  // Newlines become spaces, then surrounding white space goes.
+  static platform::StringPtr displayStatusMessageForString(const std::string& string);
+
+  // Transitions.
+  // A 4.0 s pulse, when the item may transition.
+  void startPulse();
+  void stopTransition();
+  // Seconds since the last status change; 99999.0 when there was none.
+  double timeSinceStatusChanged() const;
+  // 0.0 to 1.0 through the running transition; 1.0 outside one.
+  double transitionPhase(double throbs) const;
+  // The alpha to draw with: from `from` to `to` through a transition, down and
+  // back up through a pulse (to equal to from).
+  double transitionAlphaToFromThrobs(double to, double from, std::uint64_t throbs) const;
+
+  // Ordering (KibPeopleListItemOrdering.cpp): -1 when the receiver comes
+  // first, 1 when the other does, 0 for a tie. Group headers lead their
+  // members; groups are ordered among themselves, the Offline group last.
+  // The comparator moves parameters->currentKey while it works.
+  std::int64_t compareWithKibSortParameters(const KibPeopleListItem& other, KibSortParameters* parameters) const;
+  // Two persons by the sort keys from parameters->currentKey on (or by manual order).
+  std::int64_t _compareIMHandlesWithWithKibSortParameters(const KibPeopleListItem& other,
+                                                           KibSortParameters* parameters) const;
+
+  // The presence notifications an item listens to and their handlers, paired by position.
+  static const std::vector<std::string>& notifications();
+  static const std::vector<std::string>& selectors();
+
+  // The registry of live person items.
+  static void clearAllWeakReferencesTo(const platform::Object* delegate);
+  static void clearAllWeakGroupReferencesTo(const KibPeopleListGroup* group);
+  static bool isRegistered(const KibPeopleListItem* item);
+
+  void objectDidPostDirectNotification(const platform::NotificationPtr& notification) override;
+
+  std::string className() const override { return "KibPeopleListItem"; }
+  std::string description() const override;
+
+ protected:
+  // Presence handlers, by selector.
+  void _presenceCapabilitiesChanged(const platform::ObjectPtr& notification);
+  void _presenceStatusChanged(const platform::ObjectPtr& notification);
+  void _presencePictureChanged(const platform::ObjectPtr& notification);
+  void _presenceInfoChanged(const platform::ObjectPtr& notification);
+  void _presenceGroupsChanged(const platform::ObjectPtr& notification);
+  void _presenceMobileChanged(const platform::ObjectPtr& notification);
+  void _presenceCertsChanged(const platform::ObjectPtr& notification);
+  void _presenceSortOrderChanged(const platform::ObjectPtr& notification);
+
+  void _observePresence(const KibBuddyListPresencePtr& presence);
+  void _unobservePresence(const KibBuddyListPresencePtr& presence);
+
+  // State cache.
+  bool _updateCurrentStatus();
+  void _cacheCurrentState();
+  bool _currentInfoDiffersFromCache() const;
+  bool _currentStatusDiffersFromCache() const;
+
+  // Records a status change (nil: now) and starts a transition when online-ness changed.
+  void _setWhenStatusChanged(const platform::DatePtr& date);
+  bool canTransition() const;
+  // The spelling is historical; true starts a status transition, false a pulse.
+  void _startAnimationPusling(bool statusTransition);
+  void _startStatusTransition();
+  void _startPulse();
+
+  void _postNotificationNamedUserInfo(const std::string& name, const platform::DictionaryPtr& userInfo);
+
+ private:
+  // The delayed stopTransition arrives here.
+  void stopTransitionPerformed(const platform::ObjectPtr& argument);
+  std::int32_t currentMinutesIdle() const;
+
+  platform::Object* _delegate = nullptr;
+  KibBuddyListPresencePtr _presence;
+  platform::DatePtr _whenStatusChanged;
+  KibPeopleListGroup* _group = nullptr;
+  platform::StringPtr _attributedStatusMessage;
+  std::optional<std::string> _statusMessage;
+  std::optional<std::string> _displayName;
+  platform::DatePtr _transitionStartTime;  // kept for layout; nothing reads it
+  double _currentTransitionTime = 0.0;
+  platform::IMPersonStatus _currentStatus = 0;
+  platform::IMPersonStatus _previousStatus = 0;
+  std::int32_t _minutesIdle = 0;
+  bool _inTransition = false;
+  bool _isGroup = false;
+};
+
+}  // namespace kib
