@@ -48,17 +48,20 @@ void VelmoKibExtra::_appendStatus(const MenuPtr& menu) {
   const std::string nowPlaying = best ? best->myNowPlayingString() : "";
   const IMPersonStatus status = _myStatus();
 
+  // The daemon is asked for its now-playing format only when the earlier rules do not decide.
+  auto isNowPlayingFormat = [](const std::string& text) {
+    auto format = asString(IMDaemonController::sharedController()->listener()->valueOfPersistentProperty(
+        kKBDaemonPropertyNowPlayingFormatString));
+    return format && text == format->value();
+  };
   std::string word;
-  auto nowPlayingFormat = asString(
-      IMDaemonController::sharedController()->listener()->valueOfPersistentProperty(
-          kKBDaemonPropertyNowPlayingFormatString));
   if (status == kIMPersonStatusAvailable && message.empty()) {
     word = availableTitle;
   } else if (status == kIMPersonStatusAway && message.empty()) {
     word = awayTitle;
   } else if (status == kIMPersonStatusUnknown || status == kIMPersonStatusOffline) {
     word = offlineTitle;
-  } else if (nowPlayingFormat && message == nowPlayingFormat->value()) {
+  } else if (isNowPlayingFormat(message)) {
     word = nowPlaying.empty() ? availableTitle : nowPlaying;
   } else {
     word = best ? best->myStatusMessage() : "";

@@ -264,14 +264,14 @@ void RunLoop::runUntilIdle(RunLoopModes mode) {
 }
 
 void RunLoop::reset() {
-  // Released only once the loop is empty: a target that goes away with its
-  // perform may cancel its own requests from its destructor.
+  // Let go of the targets only once the loop is empty: a target's destructor
+  // may cancel its own performs or invalidate its timers.
   auto performs = std::move(performs_);
   performs_.clear();
   for (auto& p : performs) p->cancelled = true;
-  performs.clear();
-  for (auto& t : timers_) t.timer->invalidate();
+  auto timers = std::move(timers_);
   timers_.clear();
+  for (auto& t : timers) t.timer->invalidate();
   sources_.clear();
   stopRequested_ = false;
 }
