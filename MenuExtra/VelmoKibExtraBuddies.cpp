@@ -113,8 +113,8 @@ void VelmoKibExtra::_appendBuddies(const MenuPtr& menu) {
   const auto& items = _peopleList ? _peopleList->items() : kNobody;
   auto service = activeService();
 
-  menu->addItem(labelItem(service ? format(localized("%@ Buddies"), service->localizedShortName())
-                                  : localized("Buddies")));
+  menu->addItem(
+      labelItem(service ? format(localized("%@ Buddies"), service->localizedShortName()) : localized("Buddies")));
 
   if (items.empty()) {
     auto nobody = labelItem(localized("Nobody Available"));
@@ -171,8 +171,8 @@ void VelmoKibExtra::_messagePersonForceText(const MenuItemPtr& item, bool forceT
   auto service = handle ? handle->service() : nullptr;
   const std::string serviceName = service ? service->internalName() : "";
   const std::string ID = handle ? handle->ID() : "";
-  const std::string url = format("Parlo:compose?service=%@&id=%@%@", percentEscaped(serviceName),
-                                 percentEscaped(ID), forceText ? "&style=IM" : "");
+  const std::string url = format("Parlo:compose?service=%@&id=%@%@", percentEscaped(serviceName), percentEscaped(ID),
+                                 forceText ? "&style=IM" : "");
   Workspace::sharedWorkspace().openURL(url);
 }
 

@@ -68,8 +68,8 @@ void VelmoKibExtra::_appendScreenSharingControls(const MenuPtr& menu) {
   const char* headingKey = _screenSharingName ? "Screen Sharing with %@" : "Sharing My Screen";
   menu->addItem(labelItem(format(localized(headingKey), _screenSharingName)));
 
-  auto end = MenuItem::initWithTitleActionKeyEquivalent(localized("End Screen Sharing"), "endScreenSharing:",
-                                                        kEscapeKeyEquivalent);
+  auto end = MenuItem::initWithTitleActionKeyEquivalent(localized("End Screen Sharing"),
+                                                        "endScreenSharing:", kEscapeKeyEquivalent);
   end->setKeyEquivalentModifierMask(kControlKeyMask);
   end->setIndentationLevel(1);
   end->setTarget(this);

@@ -180,8 +180,8 @@ TEST_F(VelmoKibExtraBuddiesTest, AChosenServiceFeedsTheListAlone) {
 TEST_F(VelmoKibExtraBuddiesTest, ChatIconsFollowTheDaemonCapabilitiesAtEachCall) {
   makeWorld(kBuddiesScenario);
   makeStartedExtra();
-  auto ann = world->handle("aim", "ann");  // audio and video, free
-  auto bob = world->handle("aim", "bob");  // audio and video, busy
+  auto ann = world->handle("aim", "ann");               // audio and video, free
+  auto bob = world->handle("aim", "bob");               // audio and video, busy
   auto cy = world->handle("jabber", "cy@jab.example");  // audio only
   auto icon = [&](const IMHandlePtr& handle) {
     auto image = extra->menuImageForPerson(handle);

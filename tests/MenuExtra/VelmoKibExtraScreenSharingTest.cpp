@@ -52,8 +52,8 @@ TEST_F(VelmoKibExtraScreenSharingTest, ASessionShowsItsSectionAndBlinksUntilItEn
   startSharing("Alex");
   ASSERT_TRUE(extra->isScreenSharing());
   EXPECT_EQ(workspaceObservers(), observersBefore + 1);
-  EXPECT_EQ(firstItems(4), (std::vector<std::string>{heading("Screen Sharing with Alex"), kEndItem, "---",
-                                                     kStatusHeading}));
+  EXPECT_EQ(firstItems(4),
+            (std::vector<std::string>{heading("Screen Sharing with Alex"), kEndItem, "---", kStatusHeading}));
   auto end = extra->menu()->itemAtIndex(1);
   EXPECT_EQ(end->keyEquivalent(), "\033");
   EXPECT_EQ(end->keyEquivalentModifierMask(), kControlKeyMask);
@@ -129,8 +129,7 @@ TEST_F(VelmoKibExtraScreenSharingTest, UnnamedSessionsAndTheApplicationQuitting)
   EXPECT_EQ(firstItems(1), std::vector<std::string>{kStatusHeading});
 
   // An empty name counts as none.
-  extra->screenSharingStarted(Notification::make(kKBParloScreenSharingStartedNotification,
-                                                                  makeString("")));
+  extra->screenSharingStarted(Notification::make(kKBParloScreenSharingStartedNotification, makeString("")));
   EXPECT_EQ(extra->screenSharingName(), nullptr);
   EXPECT_EQ(firstItems(1), std::vector<std::string>{heading("Sharing My Screen")});
 }
