@@ -256,3 +256,36 @@ TEST_F(KibPeopleListTest, TeardownLeavesNoItemPointingAtTheList) {
 }
 
 }  // namespace
+
+namespace {
+
+class TaggedItem final : public KibPeopleListItem {
+ public:
+  static KibPeopleListItemPtr make() { return std::make_shared<TaggedItem>(); }
+  std::string className() const override { return "TaggedItem"; }
+};
+
+TEST_F(KibPeopleListTest, LogLinesAndItemsOfACustomClass) {
+  list->setCustomPeopleListItemClass(&TaggedItem::make);
+  list->setArrangesByGroup(true);
+  list->addGroup("A");
+  resetCounts();
+  list->addIMHandle(buddy(aimAccount, "ann", kIMPersonStatusAvailable, person("Ann", "A"), {"A"}));
+  for (const auto& item : list->items()) EXPECT_EQ(item->className(), "TaggedItem");
+
+  std::vector<std::string> lines;
+  for (const auto& line : linesOf(Log::Channel::Always))
+    if (line.rfind("Setting delegate to ", 0) != 0) lines.push_back(line.substr(0, line.find(':')));
+  EXPECT_EQ(lines, (std::vector<std::string>{"Rebuild Items", "***** ALL GROUPS *****", "* A", "**********************",
+                                              "Items after rebuild", "Items after sort"}));
+
+  Log::setEnabledCategories({});
+  resetCounts();
+  list->resort();
+  list->setGroups(std::make_shared<Array>());
+  list->removeAllIMHandles();
+  EXPECT_EQ(updates, 1);
+  EXPECT_TRUE(linesOf(Log::Channel::Always).empty());
+}
+
+}  // namespace
