@@ -59,10 +59,7 @@ std::shared_ptr<VelmoKibExtra> VelmoKibExtra::initWithBundle(BundlePtr bundle) {
   std::shared_ptr<VelmoKibExtra> extra(new VelmoKibExtra());
   if (!extra->MenuExtra::initWithBundle(bundle)) return nullptr;
 
-  // The people model. The people list itself is made and configured here by
-  // the buddies section's set-up (flat, available people only) once it exists.
-  extra->_peopleCollection = IMPeopleCollection::make();
-  extra->_peopleCollection->setShouldHidePeople(false);
+  extra->_setUpPeopleModel();
 
   const float minWidth = StatusBannerView::minWidth();
   extra->_bannerView = StatusBannerView::initWithFrameStatusItem({0, 0, minWidth, kBannerHeight}, extra.get());
