@@ -196,7 +196,7 @@ TEST_F(VelmoKibExtraControlsTest, TheStoredChoiceIsReadAgainEachTime) {
   unloadExtra();
   EXPECT_EQ(storedPreferences()["DefaultServiceName"], "SubNet") << "unloading keeps the preference";
   makeStartedExtra();
-  EXPECT_EQ(extra->selectedService(), nullptr);
+  EXPECT_EQ(extra->selectedService(), IMService::serviceWithName("SubNet")) << "the start-up rebuild read it";
   EXPECT_EQ(extra->defaultService(), IMService::serviceWithName("SubNet"));
   EXPECT_EQ(extra->activeService(), IMService::serviceWithName("SubNet"));
 
