@@ -8,14 +8,7 @@
 #include "platform/im/IMFramework.h"
 #include "platform/ui/Workspace.h"
 
-// The people list (Source/BuddyList) is still on its way to this branch; the
-// code that talks to it is compiled once its header is there.
-#if __has_include("Source/BuddyList/KibPeopleList.h")
 #include "Source/BuddyList/KibPeopleList.h"
-#define KIB_EXTRA_HAS_PEOPLE_LIST 1
-#else
-#define KIB_EXTRA_HAS_PEOPLE_LIST 0
-#endif
 
 using namespace platform;
 
@@ -59,10 +52,7 @@ std::shared_ptr<VelmoKibExtra> VelmoKibExtra::initWithBundle(BundlePtr bundle) {
   std::shared_ptr<VelmoKibExtra> extra(new VelmoKibExtra());
   if (!extra->MenuExtra::initWithBundle(bundle)) return nullptr;
 
-  // The people model. The people list itself is made and configured here by
-  // the buddies section's set-up (flat, available people only) once it exists.
-  extra->_peopleCollection = IMPeopleCollection::make();
-  extra->_peopleCollection->setShouldHidePeople(false);
+  extra->_setUpPeopleModel();
 
   const float minWidth = StatusBannerView::minWidth();
   extra->_bannerView = StatusBannerView::initWithFrameStatusItem({0, 0, minWidth, kBannerHeight}, extra.get());
@@ -97,9 +87,7 @@ VelmoKibExtra::~VelmoKibExtra() {
     _bannerView->setDelegate(nullptr);
   }
   _peopleCollection = nullptr;
-#if KIB_EXTRA_HAS_PEOPLE_LIST
   if (_peopleList) _peopleList->removeObserver(this);
-#endif
   _peopleList = nullptr;
   _bannerView = nullptr;
   _images.clear();
@@ -129,12 +117,7 @@ void VelmoKibExtra::_finishStartup(const ObjectPtr&) {
   local.addObserver(this, "accountsUpdated:", IMAccountActivatedNotification, nullptr);
   local.addObserver(this, "myStatusChanged:", IMMeStatusChangedNotification, nullptr);
   local.addObserver(this, "accountsUpdated:", IMAccountControllerUpdatedNotification, nullptr);
-#if KIB_EXTRA_HAS_PEOPLE_LIST
   local.addObserver(this, "invalidateMenu:", kPeopleListDidUpdateNotification, _peopleList.get());
-#else
-  // Without a people list there is no sender to filter on; nothing is observed.
-  (void)kPeopleListDidUpdateNotification;
-#endif
   local.addObserver(this, "invalidateMenu:", IMAccountInvisibilityChangedNotification, nullptr);
   local.addObserver(this, "peopleChanged:", IMPeopleChangedNotification, nullptr);
   local.addObserver(this, "accountsUpdated:", IMDaemonDidDisconnectNotification, nullptr);
@@ -224,9 +207,7 @@ void VelmoKibExtra::willUnload() {
   IMDaemonController::sharedController()->removeListenerID(kListenerID);
   // Later code may still address the collection, so it is replaced, not dropped.
   _peopleCollection = IMPeopleCollection::make();
-#if KIB_EXTRA_HAS_PEOPLE_LIST
   if (_peopleList) _peopleList->removeObserver(this);
-#endif
   _peopleList = nullptr;
   stopScreenSharingPulse();
   MenuExtra::willUnload();

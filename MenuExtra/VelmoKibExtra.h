@@ -133,6 +133,9 @@ class VelmoKibExtra final : public platform::MenuExtra,
 
   // ---- Buddies section and chat actions (VelmoKibExtraBuddies.cpp) ----
 
+  // Makes the people collection and the people list (flat, available people
+  // only) and observes the list; the constructor's first step.
+  void _setUpPeopleModel();
   void _rebuildPeopleCollection();
   void _rebuildPeopleList();
   void _appendBuddies(const platform::MenuPtr& menu);
@@ -169,6 +172,13 @@ class VelmoKibExtra final : public platform::MenuExtra,
   void _appendScreenSharingControls(const platform::MenuPtr& menu);
 
   // ---- Self-test harness (VelmoKibExtraSelfTest.cpp) ----
+
+  // The test deployment's identities: an AIM screen name, a person on the
+  // local-network service (by first and last name) and a Jabber address.
+  static constexpr const char* SelfTestAIMScreenName = "selftest.aim";
+  static constexpr const char* SelfTestPersonFirstName = "Tess";
+  static constexpr const char* SelfTestPersonLastName = "Tester";
+  static constexpr const char* SelfTestJabberAddress = "selftest@jabber.velmo.example";
 
   void runSelfTestDuration(std::uint32_t test, double duration);
   double durationOfTest(std::uint32_t test) const;

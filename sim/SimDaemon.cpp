@@ -22,6 +22,9 @@ SimDaemon::SimDaemon(std::weak_ptr<SimWorld> world, const Scenario& scenario)
 
 void SimDaemon::addListener(const std::string& listenerID, std::uint32_t capabilities) {
   listeners_[listenerID] = capabilities;
+  // A new listener hears about the accounts on the loop's next turn, once it
+  // has had the chance to observe the account notifications.
+  if (connected_) later(0, [](SimWorld&) { platform::IMAccountController::sharedInstance()->postUpdated(); });
 }
 
 void SimDaemon::removeListener(const std::string& listenerID) { listeners_.erase(listenerID); }

@@ -33,11 +33,11 @@ std::string asText(const FormatArgument::Value& v) {
 }
 
 template <class T>
-std::string printfOne(const std::string& spec, T value) {
-  int size = std::snprintf(nullptr, 0, spec.c_str(), value);
-  if (size < 0) return spec;
+std::string printfOne(const std::string& pattern, T value) {
+  int size = std::snprintf(nullptr, 0, pattern.c_str(), value);
+  if (size < 0) return pattern;
   std::string text(static_cast<std::size_t>(size) + 1, '\0');
-  std::snprintf(text.data(), text.size(), spec.c_str(), value);
+  std::snprintf(text.data(), text.size(), pattern.c_str(), value);
   text.resize(static_cast<std::size_t>(size));
   return text;
 }

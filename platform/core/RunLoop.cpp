@@ -92,13 +92,16 @@ void RunLoop::performBlock(double delay, RunLoopModes modes, std::function<void(
 }
 
 void RunLoop::cancelWhere(const std::function<bool(const Perform&)>& matches) {
+  // Take the cancelled performs out first and let go of their targets after
+  // the walk: a target's destructor may cancel performs of its own.
+  std::list<std::shared_ptr<Perform>> cancelled;
   for (auto it = performs_.begin(); it != performs_.end();) {
+    auto next = std::next(it);
     if ((*it)->target && matches(**it)) {
       (*it)->cancelled = true;
-      it = performs_.erase(it);
-    } else {
-      ++it;
+      cancelled.splice(cancelled.end(), performs_, it);
     }
+    it = next;
   }
 }
 

@@ -35,12 +35,12 @@ class IMAccountController final : public Object {
   void addAccount(const IMAccountPtr& account);
   void removeAccount(const IMAccountPtr& account);
   void removeAllAccounts();
+  // Tells observers the account list is ready (a daemon that just took on a listener).
+  void postUpdated();
 
   std::string className() const override { return "IMAccountController"; }
 
  private:
-  void postUpdated();
-
   std::vector<IMAccountPtr> accounts_;
 };
 

@@ -83,7 +83,7 @@ TEST_F(VelmoKibExtraStartupTest, ConstructionShowsTheDimmedGlyphAndDefersTheRest
   EXPECT_TRUE(IMServiceAgent::sharedAgent()->isLaunched());
   after = centreCounts();
   EXPECT_EQ(after.service, before.service + 6);
-  EXPECT_EQ(after.local, before.local + 9) << "every default-centre notification but the people list's";
+  EXPECT_EQ(after.local, before.local + 10) << "every default-centre notification, the people list's included";
   EXPECT_FALSE(view->dimmed()) << "the user is available";
   EXPECT_EQ(view->image(), extra->images()[0]);
 

@@ -290,3 +290,18 @@ TEST_F(SimWorldTest, TheExampleEveningPlaysToItsEnd) {
   EXPECT_EQ(distributed.count(IMDisplayStatusTextNotification), 1u);
   EXPECT_TRUE(linesOf(platform::Log::Channel::Warning).empty());
 }
+
+TEST_F(SimWorldTest, ANewListenerHearsAboutTheAccountsOnTheNextTurn) {
+  CentreRecorder centre(NotificationCenter::defaultCenter());
+  daemon()->addListenerIDCapabilities("com.example.listener", 0);
+  EXPECT_EQ(centre.count(IMAccountControllerUpdatedNotification), 0u) << "not during the call";
+  drain();
+  EXPECT_EQ(centre.count(IMAccountControllerUpdatedNotification), 1u);
+
+  world->apply(SimEvent::daemonDisconnect());
+  drain();
+  centre.clear();
+  daemon()->addListenerIDCapabilities("com.example.other", 0);
+  drain();
+  EXPECT_EQ(centre.count(IMAccountControllerUpdatedNotification), 0u) << "a disconnected daemon says nothing";
+}

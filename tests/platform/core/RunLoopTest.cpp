@@ -139,3 +139,33 @@ TEST_F(RunLoopTest, StopEndsRunUntilEarly) {
 }
 
 }  // namespace
+
+namespace {
+
+// Cancels another object's performs from its destructor.
+class Canceller final : public Object {
+ public:
+  explicit Canceller(const Object* other) : other_(other) {}
+  ~Canceller() override { RunLoop::main().cancelPreviousPerformRequests(other_); }
+  std::string className() const override { return "Canceller"; }
+
+ private:
+  const Object* other_;
+};
+
+TEST_F(RunLoopTest, ATargetReleasedByACancelMayCancelOtherPerformsFromItsDestructor) {
+  auto other = std::make_shared<Recorder>();
+  auto canceller = std::make_shared<Canceller>(other.get());
+  loop().performSelectorAfterDelay(canceller, "anything:", nullptr, 1.0);
+  loop().performSelectorAfterDelay(other, "pong:", nullptr, 1.0);
+  loop().performSelectorAfterDelay(recorder, "pong:", nullptr, 1.0);
+  const Object* cancellerAddress = canceller.get();
+  canceller.reset();  // the loop now holds the only reference
+  loop().cancelPreviousPerformRequests(cancellerAddress);
+  EXPECT_EQ(loop().pendingPerformCount(other.get()), 0u) << "the destructor's cancel took effect";
+  advance(2.0);
+  EXPECT_TRUE(other->calls.empty());
+  EXPECT_EQ(recorder->calls, (std::vector<std::string>{"pong"}));
+}
+
+}  // namespace
