@@ -35,7 +35,13 @@ nlohmann::ordered_json MenuJSON::item(const platform::MenuItem& item, std::int64
 nlohmann::ordered_json MenuJSON::object(const platform::Object* object) {
   if (!object) return nullptr;
   static const std::regex address(R"(:? ?0x[0-9a-fA-F]+)");
-  return std::regex_replace(object->description(), address, "");
+  static const std::regex whitespace(R"(\s+)");
+  auto text = std::regex_replace(object->description(), address, "");
+  text = std::regex_replace(text, whitespace, " ");
+  // No space at either end once line breaks are gone.
+  const auto begin = text.find_first_not_of(' ');
+  if (begin == std::string::npos) return text.empty() ? text : "";
+  return text.substr(begin, text.find_last_not_of(' ') - begin + 1);
 }
 
 }  // namespace kibhost

@@ -16,8 +16,8 @@ class MenuJSON {
   //   "modifiers", "indent", "image", "represented"} or {"index", "separator": true}, …]
   static nlohmann::ordered_json items(const platform::Menu& menu);
   static nlohmann::ordered_json item(const platform::MenuItem& item, std::int64_t index);
-  // An object's description with any memory address left out (transcripts
-  // must not differ between runs); null for nil.
+  // An object's description on one line, with any memory address left out
+  // (transcripts must not differ between runs); null for nil.
   static nlohmann::ordered_json object(const platform::Object* object);
 };
 
