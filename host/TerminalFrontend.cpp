@@ -347,7 +347,7 @@ void TerminalFrontend::redraw() {
         style.foreground = Color::BrightBlack;
         style.reverse = false;
       }
-    menu_->draw(screen_, slotColumn_, 1);
+    menu_->draw(screen_, slotColumn_, 1, rows - 1);
   }
   drawFooter();
   session_.write(screen_.render(shown_));

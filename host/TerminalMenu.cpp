@@ -77,8 +77,9 @@ std::string TerminalMenu::rowTitle(const platform::MenuItem& item) const {
   return std::string(static_cast<std::size_t>(item.indentationLevel()) * 2, ' ') + item.title();
 }
 
-void TerminalMenu::draw(TerminalScreen& screen, int slotColumn, int top) {
+void TerminalMenu::draw(TerminalScreen& screen, int slotColumn, int top, int bottom) {
   const auto shown = rows();
+  const int count = static_cast<int>(shown.size());
   int titleWidth = 8;
   int keyWidth = 0;
   for (const auto& row : shown) {
@@ -90,7 +91,15 @@ void TerminalMenu::draw(TerminalScreen& screen, int slotColumn, int top) {
   // "│ ✓ ● title  key │"
   const int inner = 1 + 1 + 1 + 1 + 1 + titleWidth + (keyWidth ? 2 + keyWidth : 0) + 1;
   boxWidth_ = std::min(inner + 2, screen.width());
-  boxHeight_ = static_cast<int>(shown.size()) + 2;
+  // A menu taller than the screen shows a window of its rows that follows the highlight.
+  const int visible = std::max(1, std::min(count, bottom - top - 2));
+  if (selected_ >= 0) {
+    if (selected_ < first_) first_ = selected_;
+    if (selected_ >= first_ + visible) first_ = selected_ - visible + 1;
+  }
+  first_ = std::clamp(first_, 0, std::max(0, count - visible));
+  shownRows_ = visible;
+  boxHeight_ = visible + 2;
   boxX_ = std::max(0, std::min(slotColumn, screen.width() - boxWidth_));
   boxY_ = top;
 
@@ -98,12 +107,13 @@ void TerminalMenu::draw(TerminalScreen& screen, int slotColumn, int top) {
   screen.fill(boxX_, boxY_, boxWidth_, frame, "─");
   screen.put(boxX_, boxY_, "┌", frame);
   screen.put(boxX_ + boxWidth_ - 1, boxY_, "┐", frame);
+  if (first_ > 0) screen.put(boxX_ + boxWidth_ / 2 - 1, boxY_, " ▲ ", frame);
   int y = boxY_ + 1;
-  for (std::size_t position = 0; position < shown.size(); ++position, ++y) {
-    const auto& row = shown[position];
+  for (int position = first_; position < first_ + visible; ++position, ++y) {
+    const auto& row = shown[static_cast<std::size_t>(position)];
     const auto& item = *row.item;
     Style style = frame;
-    if (static_cast<int>(position) == selected_ && row.enabled) {
+    if (position == selected_ && row.enabled) {
       style.foreground = Color::BrightWhite;
       style.background = Color::Blue;
     }
@@ -138,14 +148,15 @@ void TerminalMenu::draw(TerminalScreen& screen, int slotColumn, int top) {
   screen.fill(boxX_, y, boxWidth_, frame, "─");
   screen.put(boxX_, y, "└", frame);
   screen.put(boxX_ + boxWidth_ - 1, y, "┘", frame);
+  if (first_ + visible < count) screen.put(boxX_ + boxWidth_ / 2 - 1, y, " ▼ ", frame);
 }
 
 std::int64_t TerminalMenu::indexAt(int column, int row, bool& inBox) const {
   inBox = column >= boxX_ && column < boxX_ + boxWidth_ && row >= boxY_ && row < boxY_ + boxHeight_;
   if (!inBox) return -1;
-  const int position = row - boxY_ - 1;
+  const int position = first_ + row - boxY_ - 1;
   const auto shown = rows();
-  if (position < 0 || position >= static_cast<int>(shown.size())) return -1;
+  if (row - boxY_ - 1 < 0 || row - boxY_ - 1 >= shownRows_ || position >= static_cast<int>(shown.size())) return -1;
   const auto& entry = shown[static_cast<std::size_t>(position)];
   return entry.enabled ? entry.index : -1;
 }

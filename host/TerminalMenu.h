@@ -27,8 +27,10 @@ class TerminalMenu {
   std::int64_t selectedIndex() const;
 
   // Draws the box with its top-left corner under the slot's first column,
-  // moved left as far as needed to fit the screen.
-  void draw(TerminalScreen& screen, int slotColumn, int top);
+  // moved left as far as needed to fit the screen, in the rows [top, bottom);
+  // a menu that does not fit shows the part around the highlighted row, with
+  // ▲ and ▼ on its borders where rows are hidden.
+  void draw(TerminalScreen& screen, int slotColumn, int top, int bottom);
   // The menu index of the enabled row drawn at the cell, −1 for anything else;
   // inBox tells whether the cell is inside the box at all.
   std::int64_t indexAt(int column, int row, bool& inBox) const;
@@ -43,6 +45,8 @@ class TerminalMenu {
   const platform::MenuTracking& tracking_;
   std::uint64_t modifierFlags_;
   int selected_ = -1;  // position among the visible rows
+  int first_ = 0;      // the first row drawn when the menu is taller than the screen
+  int shownRows_ = 0;
   // Where the box was last drawn.
   int boxX_ = 0, boxY_ = 0, boxWidth_ = 0, boxHeight_ = 0;
 };

@@ -54,7 +54,7 @@ TEST_F(TerminalMenuTest, RowsShowMarksIndentationKeysAndAlternates) {
   TerminalMenu terminalMenu(tracking, 0);
   TerminalScreen screen;
   screen.resize(40, 12);
-  terminalMenu.draw(screen, 30, 1);
+  terminalMenu.draw(screen, 30, 1, 12);
   // The box is moved left to fit: 32 columns wide, ending at the screen's edge.
   EXPECT_EQ(screen.rowText(1), "        ┌──────────────────────────────┐");
   EXPECT_EQ(screen.rowText(2), "        │     My Status: Away          │");
@@ -79,9 +79,35 @@ TEST_F(TerminalMenuTest, RowsShowMarksIndentationKeysAndAlternates) {
   terminalMenu.toggleOption();
   EXPECT_TRUE(terminalMenu.isOptionHeld());
   screen.clear();
-  terminalMenu.draw(screen, 30, 1);
+  terminalMenu.draw(screen, 30, 1, 12);
   EXPECT_EQ(screen.rowText(6), "        │     Maya Okafor (text)       │");
   EXPECT_EQ(terminalMenu.indexAt(20, 6, inBox), 5);
+}
+
+TEST_F(TerminalMenuTest, AMenuTallerThanTheScreenScrollsWithTheHighlight) {
+  platform::MenuTracking tracking(menu);
+  TerminalMenu terminalMenu(tracking, 0);
+  TerminalScreen screen;
+  screen.resize(40, 6);
+  terminalMenu.draw(screen, 0, 1, 6);  // room for three of the six rows
+  EXPECT_EQ(screen.rowText(1), "┌──────────────────────────────┐        ");
+  EXPECT_EQ(screen.rowText(2), "│     My Status: Away          │        ");
+  EXPECT_EQ(screen.rowText(4), "│ ✓   Available                │        ");
+  EXPECT_EQ(screen.rowText(5), "└────────────── ▼ ─────────────┘        ");
+  bool inBox = false;
+  EXPECT_EQ(terminalMenu.indexAt(5, 4, inBox), 2);
+
+  for (int i = 0; i < 4; ++i) terminalMenu.moveSelection(1);  // down to End Screen Sharing
+  EXPECT_EQ(terminalMenu.selectedIndex(), 6);
+  screen.clear();
+  terminalMenu.draw(screen, 0, 1, 6);
+  EXPECT_EQ(screen.rowText(1), "┌────────────── ▲ ─────────────┐        ");
+  EXPECT_EQ(screen.rowText(2), "│ –   Offline (AIM)            │        ");
+  EXPECT_EQ(screen.rowText(4), "│       End Screen Sharing  ⌃⎋ │        ");
+  EXPECT_EQ(screen.rowText(5), "└──────────────────────────────┘        ");
+  EXPECT_EQ(terminalMenu.indexAt(5, 4, inBox), 6);
+  EXPECT_EQ(terminalMenu.indexAt(5, 3, inBox), 4);
+  EXPECT_EQ(terminalMenu.indexAt(5, 5, inBox), -1) << "the border";
 }
 
 TEST_F(TerminalMenuTest, TheHighlightSkipsWhatCannotBeChosen) {
