@@ -2,6 +2,7 @@
 // the world, opens the menu on Enter, closes it on Escape, quits on q and
 // gives the terminal back as it found it.
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <thread>
 
@@ -24,6 +25,8 @@ class Tmux {
                quote(command)) == 0;
   }
   void sendKeys(const std::string& keys) { run("send-keys -t smoke " + keys); }
+  // Bytes as the terminal would send them (mouse reports).
+  void sendBytes(const std::string& bytes) { run("send-keys -t smoke -l " + quote(bytes)); }
   std::string capture() {
     std::string text;
     FILE* pipe = popen(("tmux -L " + socket_ + " capture-pane -p -t smoke 2>/dev/null").c_str(), "r");
@@ -59,13 +62,32 @@ class Tmux {
 
 bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
+// The column (in characters) where a part of the screen's first row starts, or -1.
+int columnOf(const std::string& screen, const std::string& part) {
+  const std::string row = screen.substr(0, screen.find('\n'));
+  const auto at = row.find(part);
+  if (at == std::string::npos) return -1;
+  int column = 0;
+  for (std::size_t i = 0; i < at; ++i)
+    if ((static_cast<unsigned char>(row[i]) & 0xC0) != 0x80) ++column;
+  return column;
+}
+
+// The extra's own bundle when it is built, else the host's test extra; and a title in its menu.
+std::pair<std::string, std::string> bundleAndTitle() {
+  const auto parlo = kibtest::environmentPath("KIB_EXTRA_BUNDLE");
+  if (std::filesystem::exists(parlo / "Info.json")) return {parlo.string(), "My Status:"};
+  return {kibtest::testBundle(), "Say Hello"};
+}
+
+bool sane(const std::string& settings) {
+  return contains(settings, " icanon") && !contains(settings, "-icanon") && contains(settings, " echo ") &&
+         !contains(settings, "-echo ");
+}
+
 TEST_F(E2ETest, TheTerminalFrontendOpensTheMenuAndQuitsCleanly) {
   if (!Tmux::available()) GTEST_SKIP() << "tmux is not installed";
-  // The extra's own bundle when it is built, else the host's test extra.
-  const auto parlo = kibtest::environmentPath("KIB_EXTRA_BUNDLE");
-  const bool real = std::filesystem::exists(parlo / "Info.json");
-  const std::string bundle = real ? parlo.string() : kibtest::testBundle();
-  const std::string firstItem = real ? "My Status:" : "Say Hello";
+  const auto [bundle, firstItem] = bundleAndTitle();
 
   const auto exitFile = dir / "exit.txt";
   const auto sttyFile = dir / "stty.txt";
@@ -93,9 +115,37 @@ TEST_F(E2ETest, TheTerminalFrontendOpensTheMenuAndQuitsCleanly) {
   ASSERT_TRUE(tmux.waitFor([&](const std::string&) { return std::filesystem::exists(sttyFile); })) << tmux.capture();
   std::this_thread::sleep_for(std::chrono::milliseconds(100));  // stty's output is complete
   EXPECT_EQ(kibtest::readFile(exitFile), "0\n");
-  const auto settings = kibtest::readFile(sttyFile);
-  EXPECT_TRUE(contains(settings, " icanon") && !contains(settings, "-icanon")) << settings;
-  EXPECT_TRUE(contains(settings, " echo ") && !contains(settings, "-echo ")) << settings;
+  EXPECT_TRUE(sane(kibtest::readFile(sttyFile))) << kibtest::readFile(sttyFile);
+}
+
+TEST_F(E2ETest, AClickOnTheSlotOpensTheMenuAndATerminationSignalRestoresTheTerminal) {
+  if (!Tmux::available()) GTEST_SKIP() << "tmux is not installed";
+  const auto [bundle, firstItem] = bundleAndTitle();
+  const auto pidFile = dir / "pid.txt";
+  const auto exitFile = dir / "exit.txt";
+  const auto sttyFile = dir / "stty.txt";
+  const std::string program = "echo $$ > " + Tmux::quote(pidFile.string()) + "; exec env KIBBAR_CONFIG_DIR=" +
+                              Tmux::quote((dir / "prefs").string()) + " " +
+                              Tmux::quote(kibtest::environmentPath("KIBBAR").string()) + " --bundle " +
+                              Tmux::quote(bundle);
+  const std::string command = "sh -c " + Tmux::quote(program) + "; echo $? > " + Tmux::quote(exitFile.string()) +
+                              "; stty -a > " + Tmux::quote(sttyFile.string());
+  Tmux tmux("kibbar-signal-" + std::to_string(getpid()));
+  ASSERT_TRUE(tmux.start("sh -c " + Tmux::quote(command), 110, 40));
+  ASSERT_TRUE(tmux.waitFor([](const std::string& screen) { return columnOf(screen, "(•)") > 0; })) << tmux.capture();
+
+  // A left-button press on the slot, as an SGR mouse report (columns and rows from 1).
+  const int column = columnOf(tmux.capture(), "(•)") + 2;
+  tmux.sendBytes("\x1b[<0;" + std::to_string(column) + ";1M\x1b[<0;" + std::to_string(column) + ";1m");
+  ASSERT_TRUE(tmux.waitFor([&](const std::string& screen) { return contains(screen, firstItem); })) << tmux.capture();
+
+  ASSERT_TRUE(std::filesystem::exists(pidFile));
+  const pid_t pid = std::stoi(kibtest::readFile(pidFile));
+  ASSERT_EQ(kill(pid, SIGTERM), 0);
+  ASSERT_TRUE(tmux.waitFor([&](const std::string&) { return std::filesystem::exists(sttyFile); })) << tmux.capture();
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EQ(kibtest::readFile(exitFile), "143\n") << "128 + SIGTERM, after a clean shutdown";
+  EXPECT_TRUE(sane(kibtest::readFile(sttyFile))) << kibtest::readFile(sttyFile);
 }
 
 }  // namespace
