@@ -35,8 +35,7 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
         if (inlineValue->empty()) throw UsageError(name + " needs " + what);
         return *inlineValue;
       }
-      if (i + 1 >= arguments.size() || arguments[i + 1].empty())
-        throw UsageError(name + " needs " + what);
+      if (i + 1 >= arguments.size() || arguments[i + 1].empty()) throw UsageError(name + " needs " + what);
       return arguments[++i];
     };
     auto once = [&, name = name](std::optional<std::string>& slot, const char* what) {

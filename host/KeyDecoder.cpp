@@ -99,13 +99,27 @@ std::size_t KeyDecoder::decodeEscape(std::string_view bytes, std::size_t i, std:
     return used;
   }
   switch (final) {
-    case 'A': events.push_back(key(KeyEvent::Kind::Up)); break;
-    case 'B': events.push_back(key(KeyEvent::Kind::Down)); break;
-    case 'C': events.push_back(key(KeyEvent::Kind::Right)); break;
-    case 'D': events.push_back(key(KeyEvent::Kind::Left)); break;
-    case 'H': events.push_back(key(KeyEvent::Kind::Home)); break;
-    case 'F': events.push_back(key(KeyEvent::Kind::End)); break;
-    case 'Z': events.push_back(key(KeyEvent::Kind::Tab)); break;  // Shift-Tab
+    case 'A':
+      events.push_back(key(KeyEvent::Kind::Up));
+      break;
+    case 'B':
+      events.push_back(key(KeyEvent::Kind::Down));
+      break;
+    case 'C':
+      events.push_back(key(KeyEvent::Kind::Right));
+      break;
+    case 'D':
+      events.push_back(key(KeyEvent::Kind::Left));
+      break;
+    case 'H':
+      events.push_back(key(KeyEvent::Kind::Home));
+      break;
+    case 'F':
+      events.push_back(key(KeyEvent::Kind::End));
+      break;
+    case 'Z':
+      events.push_back(key(KeyEvent::Kind::Tab));
+      break;  // Shift-Tab
     case '~':
       if (params == "1" || params == "7") events.push_back(key(KeyEvent::Kind::Home));
       if (params == "4" || params == "8") events.push_back(key(KeyEvent::Kind::End));

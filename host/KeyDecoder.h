@@ -11,8 +11,18 @@ struct KeyEvent {
   enum class Kind {
     Character,  // text: one UTF-8 character
     Control,    // control: the letter of a Control chord ('c' for Control-C)
-    Enter, Escape, Tab, Backspace,
-    Up, Down, Left, Right, Home, End, PageUp, PageDown,
+    Enter,
+    Escape,
+    Tab,
+    Backspace,
+    Up,
+    Down,
+    Left,
+    Right,
+    Home,
+    End,
+    PageUp,
+    PageDown,
     MouseDown,  // column, row: 0-based cell of a left-button press
   };
   Kind kind = Kind::Character;

@@ -11,8 +11,8 @@ namespace kibhost {
 // returns, so the failing operation goes on (a status bar keeps running).
 class ReturningAssertionHandler final : public platform::AssertionHandler {
  public:
-  using Report = std::function<void(const std::string& method, const platform::Object* object,
-                                    const std::string& file, int line, const std::string& description)>;
+  using Report = std::function<void(const std::string& method, const platform::Object* object, const std::string& file,
+                                    int line, const std::string& description)>;
 
   explicit ReturningAssertionHandler(Report report) : report_(std::move(report)) {}
 

@@ -15,8 +15,7 @@
 namespace kibhost {
 namespace {
 
-const char* const kCommands =
-    "wait, at, click, choose, choose-index, key, dismiss, event, post, self-test, unload";
+const char* const kCommands = "wait, at, click, choose, choose-index, key, dismiss, event, post, self-test, unload";
 
 // Problems found on a line; the parser adds the file and line.
 struct LineError {
@@ -118,9 +117,9 @@ std::int64_t parseCount(const std::optional<std::string>& word, const std::strin
 
 std::uint64_t modifierNamed(const std::string& word) {
   static const std::map<std::string, std::uint64_t> masks{
-      {"shift", platform::kShiftKeyMask},     {"control", platform::kControlKeyMask},
-      {"ctrl", platform::kControlKeyMask},    {"option", platform::kAlternateKeyMask},
-      {"alt", platform::kAlternateKeyMask},   {"command", platform::kCommandKeyMask},
+      {"shift", platform::kShiftKeyMask},   {"control", platform::kControlKeyMask},
+      {"ctrl", platform::kControlKeyMask},  {"option", platform::kAlternateKeyMask},
+      {"alt", platform::kAlternateKeyMask}, {"command", platform::kCommandKeyMask},
       {"cmd", platform::kCommandKeyMask}};
   auto found = masks.find(word);
   if (found == masks.end())
@@ -135,9 +134,9 @@ std::optional<std::uint64_t> parseModifiers(LineLexer& lexer) {
 }
 
 std::string parseKey(const std::string& word) {
-  static const std::map<std::string, std::string> named{
-      {"escape", "\033"}, {"esc", "\033"}, {"return", "\r"},  {"enter", "\r"},
-      {"tab", "\t"},      {"space", " "},  {"delete", "\x7f"}};
+  static const std::map<std::string, std::string> named{{"escape", "\033"}, {"esc", "\033"}, {"return", "\r"},
+                                                        {"enter", "\r"},    {"tab", "\t"},   {"space", " "},
+                                                        {"delete", "\x7f"}};
   if (auto found = named.find(word); found != named.end()) return found->second;
   // One character (a UTF-8 sequence of one code point).
   std::size_t codePoints = 0;

@@ -17,8 +17,8 @@ platform::NotificationCenter& centreNamed(const std::string& name) {
 
 }  // namespace
 
-ScriptPlayer::ScriptPlayer(const Script& script, StatusBarHost& host, const PluginBundle& plugin,
-                           sim::SimWorld& world, Transcript& transcript, std::ostream& errors)
+ScriptPlayer::ScriptPlayer(const Script& script, StatusBarHost& host, const PluginBundle& plugin, sim::SimWorld& world,
+                           Transcript& transcript, std::ostream& errors)
     : script_(script), host_(host), plugin_(plugin), world_(world), transcript_(transcript), errors_(errors) {}
 
 int ScriptPlayer::play() {
@@ -157,7 +157,8 @@ void ScriptPlayer::post(const ScriptStep& step) {
   platform::ObjectPtr object = step.object ? platform::makeString(*step.object) : nullptr;
   platform::DictionaryPtr userInfo;
   if (step.userInfo.is_object())
-    userInfo = std::dynamic_pointer_cast<platform::Dictionary>(platform::JSONSerialization::objectWithJSON(step.userInfo));
+    userInfo =
+        std::dynamic_pointer_cast<platform::Dictionary>(platform::JSONSerialization::objectWithJSON(step.userInfo));
   centreNamed(step.centre).postNotificationName(step.name, object, userInfo);
 }
 

@@ -67,9 +67,7 @@ void StatusBarHost::menuExtraPopUpMenu(platform::MenuExtra& /*extra*/, const pla
   if (chosen >= 0) closed->tracking.chooseItemAtIndex(chosen);
 }
 
-bool StatusBarHost::menuExtraIsMenuDown(const platform::MenuExtra& /*extra*/) const {
-  return openMenu_ != nullptr;
-}
+bool StatusBarHost::menuExtraIsMenuDown(const platform::MenuExtra& /*extra*/) const { return openMenu_ != nullptr; }
 
 void StatusBarHost::unload() {
   if (!extra_) return;

@@ -103,7 +103,8 @@ int TerminalFrontend::run(std::ostream& errors) {
   auto& loop = platform::RunLoop::main();
   loop.addFileDescriptorSource(STDIN_FILENO, [this] { readInput(); });
   loop.addFileDescriptorSource(signals_->fd(), [this] { readSignals(); });
-  clockTimer_ = platform::Timer::timerWithTimeInterval(kClockInterval, true, [this](platform::Timer&) { requestRedraw(); });
+  clockTimer_ =
+      platform::Timer::timerWithTimeInterval(kClockInterval, true, [this](platform::Timer&) { requestRedraw(); });
   loop.addTimer(clockTimer_, platform::kCommonRunLoopModes);
   redraw();
   while (!quit_) loop.runUntil(std::numeric_limits<double>::infinity());
@@ -239,8 +240,8 @@ void TerminalFrontend::handleMenuKey(const KeyEvent& key) {
     case Kind::Control:
       // Control-E stands for Control-Escape, which a terminal cannot send.
       if (key.control == 'e') {
-        auto index = open->tracking.indexOfItemForKeyEquivalent(platform::kEscapeKeyEquivalent,
-                                                                platform::kControlKeyMask);
+        auto index =
+            open->tracking.indexOfItemForKeyEquivalent(platform::kEscapeKeyEquivalent, platform::kControlKeyMask);
         if (index >= 0) host_->closeMenu(index);
         return;
       }
@@ -385,11 +386,12 @@ void TerminalFrontend::drawFooter() {
   if (prompt_) {
     help = " Status text: " + *prompt_ + "▏   (Enter: show it · empty: hide the banner · Esc: cancel)";
   } else if (menu_) {
-    help = std::string(" ↑↓ move · Enter choose · Esc close · Tab Option ") + (menu_->isOptionHeld() ? "[held]" : "[up]") +
-           " · ^E Control-Escape · ^C quit";
+    help = std::string(" ↑↓ move · Enter choose · Esc close · Tab Option ") +
+           (menu_->isOptionHeld() ? "[held]" : "[up]") + " · ^E Control-Escape · ^C quit";
   } else {
-    help = " Enter/Space/click: open the menu · ↑↓ pick a buddy · + online · - offline · t status text · "
-           "s screen sharing · q quit";
+    help =
+        " Enter/Space/click: open the menu · ↑↓ pick a buddy · + online · - offline · t status text · "
+        "s screen sharing · q quit";
   }
   screen_.fill(0, y, screen_.width(), keys);
   screen_.put(0, y, help, keys);

@@ -85,8 +85,8 @@ void TerminalMenu::draw(TerminalScreen& screen, int slotColumn, int top, int bot
   for (const auto& row : shown) {
     if (row.item->isSeparatorItem()) continue;
     titleWidth = std::max(titleWidth, TerminalScreen::columns(rowTitle(*row.item)));
-    keyWidth = std::max(keyWidth, TerminalScreen::columns(
-                                      keyEquivalentText(row.item->keyEquivalent(), row.item->keyEquivalentModifierMask())));
+    keyWidth = std::max(keyWidth, TerminalScreen::columns(keyEquivalentText(row.item->keyEquivalent(),
+                                                                            row.item->keyEquivalentModifierMask())));
   }
   // "│ ✓ ● title  key │"
   const int inner = 1 + 1 + 1 + 1 + 1 + titleWidth + (keyWidth ? 2 + keyWidth : 0) + 1;

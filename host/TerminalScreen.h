@@ -14,8 +14,23 @@ class TerminalScreen {
  public:
   // The 16 terminal colours; Default leaves the terminal's own.
   enum class Color : std::int8_t {
-    Default = -1, Black = 0, Red, Green, Yellow, Blue, Magenta, Cyan, White,
-    BrightBlack, BrightRed, BrightGreen, BrightYellow, BrightBlue, BrightMagenta, BrightCyan, BrightWhite
+    Default = -1,
+    Black = 0,
+    Red,
+    Green,
+    Yellow,
+    Blue,
+    Magenta,
+    Cyan,
+    White,
+    BrightBlack,
+    BrightRed,
+    BrightGreen,
+    BrightYellow,
+    BrightBlue,
+    BrightMagenta,
+    BrightCyan,
+    BrightWhite
   };
 
   struct Style {

@@ -62,8 +62,9 @@ void TranscriptRecorder::hookWorld(sim::SimWorld& world) {
     transcript_.write("event", {{"event", event.description()}});
   });
   if (const auto& application = world.application()) {
-    application->setActivityObserver(
-        [this](const std::string& line) { transcript_.write("application", {{"activity", line}}); });
+    application->setActivityObserver([this](const std::string& line) {
+      transcript_.write("application", {{"activity", line}});
+    });
   }
   auto& workspace = platform::Workspace::sharedWorkspace();
   opener_ = workspace.setURLHandler(nullptr);
@@ -78,17 +79,17 @@ void TranscriptRecorder::hookPlatform() {
       [this](const platform::IMDaemonRequest& request) {
         if (request.isQuery) {
           if (recordsQueries_)
-            transcript_.write("daemon-query", {{"request", request.selector},
-                                               {"arguments", request.arguments},
-                                               {"answer", request.answer}});
+            transcript_.write(
+                "daemon-query",
+                {{"request", request.selector}, {"arguments", request.arguments}, {"answer", request.answer}});
         } else {
           transcript_.write("daemon", {{"request", request.selector}, {"arguments", request.arguments}});
         }
       });
   distributedToken_ = platform::DistributedNotificationCenter::defaultCenter().addObserverForName(
       std::nullopt, nullptr, [this](const platform::NotificationPtr& notification) {
-        transcript_.write("distributed", {{"name", notification->name()},
-                                          {"object", MenuJSON::object(notification->object().get())}});
+        transcript_.write("distributed",
+                          {{"name", notification->name()}, {"object", MenuJSON::object(notification->object().get())}});
       });
   platform::Preferences::setWriteObserver([this](const std::string& domain, const std::filesystem::path& file) {
     transcript_.write("preferences", {{"domain", domain}, {"values", readJSONFile(file)}});

@@ -32,21 +32,37 @@ void putStatus(TerminalScreen& screen, int x, int y, platform::IMPersonStatus st
   Style dot;
   std::string glyph = "●";
   switch (status) {
-    case platform::kIMPersonStatusAvailable: dot.foreground = Color::Green; break;
-    case platform::kIMPersonStatusAway: dot.foreground = Color::Red; break;
-    case platform::kIMPersonStatusIdle: dot.foreground = Color::Yellow; break;
-    case platform::kIMPersonStatusOffline: glyph = "○"; dot = muted(); break;
-    default: glyph = "◌"; dot = muted(); break;
+    case platform::kIMPersonStatusAvailable:
+      dot.foreground = Color::Green;
+      break;
+    case platform::kIMPersonStatusAway:
+      dot.foreground = Color::Red;
+      break;
+    case platform::kIMPersonStatusIdle:
+      dot.foreground = Color::Yellow;
+      break;
+    case platform::kIMPersonStatusOffline:
+      glyph = "○";
+      dot = muted();
+      break;
+    default:
+      glyph = "◌";
+      dot = muted();
+      break;
   }
   screen.put(x, y, glyph, dot);
-  screen.put(x + 2, y, platform::IMNameOfPersonStatus(status), status == platform::kIMPersonStatusOffline ? muted() : Style{});
+  screen.put(x + 2, y, platform::IMNameOfPersonStatus(status),
+             status == platform::kIMPersonStatusOffline ? muted() : Style{});
 }
 
 const char* loginText(std::uint32_t loginStatus) {
   switch (loginStatus) {
-    case 0: return "offline";
-    case 1: return "connecting";
-    default: return "connected";
+    case 0:
+      return "offline";
+    case 1:
+      return "connecting";
+    default:
+      return "connected";
   }
 }
 
@@ -131,7 +147,8 @@ int WorldPanel::drawBuddies(TerminalScreen& screen, int x, int y, int width, int
     Style style;
     if (picked) style.reverse = true;
     screen.fill(x, y, width, style);
-    int column = x + screen.put(x, y, std::string(picked ? "▸ " : "  ") + TerminalScreen::fitted(buddy.name, 17) + " ", style, width);
+    int column = x + screen.put(x, y, std::string(picked ? "▸ " : "  ") + TerminalScreen::fitted(buddy.name, 17) + " ",
+                                style, width);
     if (!handle || column + 12 >= x + width) continue;
     putStatus(screen, column, y, handle->status());
     column += 12;

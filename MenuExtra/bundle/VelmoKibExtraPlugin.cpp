@@ -20,11 +20,11 @@ double durationOfTest(platform::MenuExtra& extra, std::uint32_t test) {
   return static_cast<VelmoKibExtra&>(extra).durationOfTest(test);
 }
 
-const platform::MenuExtraClass kVelmoKibExtraClass{platform::kMenuExtraPluginVersion, "VelmoKibExtra",
-                                                   &initWithBundle, &runSelfTestDuration, &durationOfTest};
+const platform::MenuExtraClass kVelmoKibExtraClass{platform::kMenuExtraPluginVersion, "VelmoKibExtra", &initWithBundle,
+                                                   &runSelfTestDuration, &durationOfTest};
 #else
-const platform::MenuExtraClass kVelmoKibExtraClass{platform::kMenuExtraPluginVersion, "VelmoKibExtra",
-                                                   &initWithBundle, nullptr, nullptr};
+const platform::MenuExtraClass kVelmoKibExtraClass{platform::kMenuExtraPluginVersion, "VelmoKibExtra", &initWithBundle,
+                                                   nullptr, nullptr};
 #endif
 
 }  // namespace

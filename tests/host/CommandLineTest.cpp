@@ -23,8 +23,8 @@ TEST(CommandLineTest, OptionsChooseTheFrontend) {
   EXPECT_FALSE(terminal.scenario);
   EXPECT_TRUE(terminal.daemonQueries);
 
-  auto script = CommandLine::parse({"--scenario", "evening.json", "--script=a.kbs", "--transcript", "-",
-                                    "--bundle", "Other.menuextra", "--no-queries"});
+  auto script = CommandLine::parse({"--scenario", "evening.json", "--script=a.kbs", "--transcript", "-", "--bundle",
+                                    "Other.menuextra", "--no-queries"});
   EXPECT_EQ(script.mode, Mode::Script);
   EXPECT_EQ(script.scenario, "evening.json");
   EXPECT_EQ(script.script, "a.kbs");

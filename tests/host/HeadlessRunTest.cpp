@@ -58,8 +58,8 @@ TEST_F(HeadlessRunTest, StepsActOnTheOpenMenuInTurn) {
   const int status = play(
       "wait 1\n"
       "click\n"
-      "choose \"Say Hello\"\n"      // the same moment: chosen once the menu is open
-      "click option\n"              // and the next click waits until that menu has closed
+      "choose \"Say Hello\"\n"  // the same moment: chosen once the menu is open
+      "click option\n"          // and the next click waits until that menu has closed
       "choose \"Say Hello Quietly\"\n"
       "wait 0.5\n"
       "click\n"
@@ -68,10 +68,10 @@ TEST_F(HeadlessRunTest, StepsActOnTheOpenMenuInTurn) {
       "wait 1\n");
   EXPECT_EQ(status, 0) << errors.str();
   EXPECT_EQ(outline({"menu", "menu-close", "test-log", "distributed", "unload", "end"}),
-            (std::vector<std::string>{
-                "1 menu", "1 menu-close Say Hello", "1 test-log hello", "1 menu", "1 menu-close Say Hello Quietly",
-                "1 test-log hello, quietly", "1.5 menu", "1.75 menu-close Stop", "1.75 distributed",
-                "2.75 test-log unloading", "2.75 unload", "2.75 end"}));
+            (std::vector<std::string>{"1 menu", "1 menu-close Say Hello", "1 test-log hello", "1 menu",
+                                      "1 menu-close Say Hello Quietly", "1 test-log hello, quietly", "1.5 menu",
+                                      "1.75 menu-close Stop", "1.75 distributed", "2.75 test-log unloading",
+                                      "2.75 unload", "2.75 end"}));
 }
 
 TEST_F(HeadlessRunTest, StepsThatCannotBeDoneAreReportedAndTheScriptGoesOn) {
@@ -98,7 +98,7 @@ TEST_F(HeadlessRunTest, StepsThatCannotBeDoneAreReportedAndTheScriptGoesOn) {
                 "0 key-unmatched",
                 "0 script-error a menu is already open",
                 "0 script-error the menu is open; dismiss it first",
-                "2 event",  // the world goes on while the menu is open
+                "2 event",            // the world goes on while the menu is open
                 "2 menu-close none",  // left open at the end of the script
                 "2 unload",
             }));

@@ -33,7 +33,8 @@ inline std::vector<nlohmann::ordered_json> transcriptLines(const std::string& te
   return lines;
 }
 
-inline std::vector<nlohmann::ordered_json> linesOfType(const std::vector<nlohmann::ordered_json>& lines, const std::string& type) {
+inline std::vector<nlohmann::ordered_json> linesOfType(const std::vector<nlohmann::ordered_json>& lines,
+                                                       const std::string& type) {
   std::vector<nlohmann::ordered_json> found;
   for (const auto& line : lines)
     if (line.value("type", "") == type) found.push_back(line);

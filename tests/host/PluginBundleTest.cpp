@@ -70,13 +70,13 @@ TEST_F(PluginBundleTest, WhatIsWrongWithABundleIsSaid) {
             0u)
       << error;
 
-  auto noLookup = bundleWithInfo("NoLookup.menuextra",
-                                 R"({"principalClass": "TestExtra", "executable": ")" + platformLibrary.string() + "\"}");
+  auto noLookup = bundleWithInfo(
+      "NoLookup.menuextra", R"({"principalClass": "TestExtra", "executable": ")" + platformLibrary.string() + "\"}");
   EXPECT_EQ(loadError(noLookup), "bundle " + noLookup.string() + ": " + platformLibrary.string() +
                                      " does not export kib_menu_extra_class_named");
 
-  auto otherClass =
-      bundleWithInfo("Other.menuextra", R"({"principalClass": "VelmoKibExtra", "executable": ")" + library.string() + "\"}");
+  auto otherClass = bundleWithInfo("Other.menuextra",
+                                   R"({"principalClass": "VelmoKibExtra", "executable": ")" + library.string() + "\"}");
   EXPECT_EQ(loadError(otherClass),
             "bundle " + otherClass.string() + ": " + library.string() + " defines no class VelmoKibExtra");
 }

@@ -132,8 +132,8 @@ TEST_F(StatusBarHostTest, ModifiersAndKeyEquivalentsReachTheOpenMenu) {
   delegate.onOpen = [&] {
     auto* open = host->openMenu();
     held = open->modifierFlags;
-    const auto index = open->tracking.indexOfItemForKeyEquivalent(platform::kEscapeKeyEquivalent,
-                                                                  platform::kControlKeyMask);
+    const auto index =
+        open->tracking.indexOfItemForKeyEquivalent(platform::kEscapeKeyEquivalent, platform::kControlKeyMask);
     platform::RunLoop::main().performBlock(0, platform::kEventTrackingRunLoopMode,
                                            [this, index] { host->closeMenu(index); });
   };

@@ -126,8 +126,8 @@ TEST_F(TerminalMenuTest, TheHighlightSkipsWhatCannotBeChosen) {
 
 TEST(TerminalMenuKeyTest, KeyEquivalentsAreShownWithTheirModifiers) {
   EXPECT_EQ(TerminalMenu::keyEquivalentText("\033", platform::kControlKeyMask), "⌃⎋");
-  EXPECT_EQ(TerminalMenu::keyEquivalentText("k", platform::kCommandKeyMask | platform::kShiftKeyMask |
-                                                     platform::kAlternateKeyMask),
+  EXPECT_EQ(TerminalMenu::keyEquivalentText(
+                "k", platform::kCommandKeyMask | platform::kShiftKeyMask | platform::kAlternateKeyMask),
             "⌥⇧⌘K");
   EXPECT_EQ(TerminalMenu::keyEquivalentText("\r", 0), "↩");
   EXPECT_EQ(TerminalMenu::keyEquivalentText("", platform::kCommandKeyMask), "");

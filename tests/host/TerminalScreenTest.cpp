@@ -11,7 +11,11 @@ TEST(TerminalScreenTest, TextIsPlacedByCodePointsAndCutAtTheEdge) {
   screen.resize(10, 2);
   EXPECT_EQ(screen.put(7, 0, "Inês"), 3);
   EXPECT_EQ(screen.rowText(0), "       Inê");
-  EXPECT_EQ(screen.put(-1, 1, "ab\x01" "cd", {}, 4), 4);
+  EXPECT_EQ(screen.put(-1, 1,
+                       "ab\x01"
+                       "cd",
+                       {}, 4),
+            4);
   EXPECT_EQ(screen.rowText(1), "b c       ") << "cut at the left edge; the control character shows as a space";
   EXPECT_EQ(screen.put(0, 5, "off screen"), 0);
 

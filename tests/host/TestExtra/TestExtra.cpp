@@ -108,8 +108,7 @@ void TestExtra::textChanged(const platform::ObjectPtr& notification) {
   auto note = std::static_pointer_cast<platform::Notification>(notification);
   std::string text = platform::stringValue(note->object());
   view_->setText(text);
-  view_->setImage(platform::Image::initByReferencingFile(bundle()->resourcePath() + "/MenuExtra.pdf"),
-                  text.empty());
+  view_->setImage(platform::Image::initByReferencingFile(bundle()->resourcePath() + "/MenuExtra.pdf"), text.empty());
   setLength(text.empty() ? 24 : 24 + 8.0 * static_cast<double>(text.size()));
 }
 
@@ -142,8 +141,8 @@ void TestExtra::fail(const platform::ObjectPtr&) {
 
 void TestExtra::runSelfTestDuration(std::uint32_t test, double duration) {
   platform::CFLogTest(0, "Running test %d for %f", static_cast<int>(test), duration);
-  platform::RunLoop::main().performSelectorAfterDelay(shared_from_this(), "selfTestStep:",
-                                                      platform::makeString("Say Hello"), 1.0);
+  platform::RunLoop::main().performSelectorAfterDelay(shared_from_this(),
+                                                      "selfTestStep:", platform::makeString("Say Hello"), 1.0);
 }
 
 void TestExtra::selfTestStep(const platform::ObjectPtr& title) {

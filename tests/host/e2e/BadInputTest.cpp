@@ -60,8 +60,9 @@ TEST_F(BadInputTest, ScriptLines) {
     expectRefusal({"--bundle", testBundle(), "--script", path}, path + ":" + message);
   };
   refuse("wait 1\nclick\nchoose\n", "3: choose: expected the title of a menu item");
-  refuse("# comment\nsnooze 5\n", "2: unknown command \"snooze\" (commands: wait, at, click, choose, choose-index, "
-                                   "key, dismiss, event, post, self-test, unload)");
+  refuse("# comment\nsnooze 5\n",
+         "2: unknown command \"snooze\" (commands: wait, at, click, choose, choose-index, "
+         "key, dismiss, event, post, self-test, unload)");
   refuse("event {\"type\": \"buddy-online\", \"account\": \"aim\", \"handle\": \"nobody\"}\n",
          "1: event: $.handle: no handle \"nobody\" on account \"aim\"");
   refuse("event {\"type\": \"earthquake\"}\n",
@@ -69,8 +70,7 @@ TEST_F(BadInputTest, ScriptLines) {
          "buddy-groups, buddy-capabilities, account-connect, account-disconnect, daemon-disconnect, daemon-connect, "
          "status-text, screen-sharing-start, screen-sharing-end, application-quit)");
   refuse("wait 10\nat 2\n", "2: at 2 is earlier than the script's time 10");
-  refuse("click\nkey escape hyper\n",
-         "2: unexpected \"hyper\" (modifiers are shift, control, option and command)");
+  refuse("click\nkey escape hyper\n", "2: unexpected \"hyper\" (modifiers are shift, control, option and command)");
 }
 
 }  // namespace

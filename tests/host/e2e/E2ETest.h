@@ -23,7 +23,8 @@ class E2ETest : public ::testing::Test {
   }
 
   KibbarRun kibbar(const std::vector<std::string>& arguments) {
-    return runKibbar(arguments, dir / ("run-" + std::to_string(++runs)), {{"KIBBAR_CONFIG_DIR", (dir / "prefs").string()}});
+    return runKibbar(arguments, dir / ("run-" + std::to_string(++runs)),
+                     {{"KIBBAR_CONFIG_DIR", (dir / "prefs").string()}});
   }
 
   std::filesystem::path dir;

@@ -64,71 +64,72 @@ TEST_F(ParloExtraTest, TheDefaultScenariosMenuItemByItem) {
   EXPECT_EQ(lines.front()["principalClass"], "VelmoKibExtra");
   auto menus = linesOfType(lines, "menu");
   ASSERT_EQ(menus.size(), 1u);
-  EXPECT_EQ(rows(menus[0]), (std::vector<std::string>{
-                                "My Status: Available | 1 | 0 | disabled | : | - |  | 0 | 0 | nil | nil",
-                                "---",
-                                "Offline | 4 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-offline | nil",
-                                "Invisible | 5 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | "
-                                "status-invisible-flat.tif | nil",
-                                "---",
-                                "Available | 2 | 1 | enabled | selectMenuItem: | - |  | 0 | 0 | status-available | ",
-                                "At my desk | 2 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-available | "
-                                "At my desk",
-                                "Writing code | 2 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-available | "
-                                "Writing code",
-                                "---",
-                                "Current Melodix Song | 2 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | "
-                                "status-available | ♫ %@",
-                                "---",
-                                "Away | 3 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-away | Away",
-                                "Out to lunch | 3 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-away | "
-                                "Out to lunch",
-                                "In a meeting | 3 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-away | "
-                                "In a meeting",
-                                "Gone home | 3 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-away | Gone home",
-                                "---",
-                                // Everyone available on the accounts with a buddy list, by first name.
-                                "Buddies | 0 | 0 | disabled | : | - |  | 0 | 0 | nil | nil",
-                                "Felix Moreau | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | menu-video | "
-                                "item of felix@felix-imac",
-                                "Felix Moreau | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
-                                "Empty Image | item of felix@felix-imac",
-                                "Hana Sato | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | Empty Image | "
-                                "item of hanasato",
-                                "Hana Sato | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
-                                "Empty Image | item of hanasato",
-                                "Maya Okafor | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | menu-video | "
-                                "item of maya.okafor",
-                                "Maya Okafor | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
-                                "Empty Image | item of maya.okafor",
-                                "Ruth Calder | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | menu-video_busy | "
-                                "item of ruthcalder",
-                                "Ruth Calder | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
-                                "Empty Image | item of ruthcalder",
-                                "Sam Whitfield | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | menu-audio | "
-                                "item of sam@jabber.velmo.example",
-                                "Sam Whitfield | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
-                                "Empty Image | item of sam@jabber.velmo.example",
-                                "selftest.aim | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | Empty Image | "
-                                "item of selftest.aim",
-                                "selftest.aim | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
-                                "Empty Image | item of selftest.aim",
-                                "selftest@jabber.velmo.example | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | "
-                                "Empty Image | item of selftest@jabber.velmo.example",
-                                "selftest@jabber.velmo.example | 0 | 0 | enabled | textMessagePerson: | alternate |  | "
-                                "524288 | 0 | Empty Image | item of selftest@jabber.velmo.example",
-                                "Tess Tester | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | Empty Image | "
-                                "item of tess@tess-studio",
-                                "Tess Tester | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
-                                "Empty Image | item of tess@tess-studio",
-                                "---",
-                                // The persistent services with a connected account, none chosen yet.
-                                "Display AIM Buddies | 0 | 0 | enabled | switchService: | - |  | 0 | 0 | nil | AIM",
-                                "Display Ambrel Buddies | 0 | 0 | enabled | switchService: | - |  | 0 | 0 | nil | SubNet",
-                                "Display Jabber Buddies | 0 | 0 | enabled | switchService: | - |  | 0 | 0 | nil | Jabber",
-                                "---",
-                                "Show Buddy List… | 0 | 0 | enabled | openBuddyList: | - |  | 0 | 0 | nil | nil",
-                            }));
+  EXPECT_EQ(rows(menus[0]),
+            (std::vector<std::string>{
+                "My Status: Available | 1 | 0 | disabled | : | - |  | 0 | 0 | nil | nil",
+                "---",
+                "Offline | 4 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-offline | nil",
+                "Invisible | 5 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | "
+                "status-invisible-flat.tif | nil",
+                "---",
+                "Available | 2 | 1 | enabled | selectMenuItem: | - |  | 0 | 0 | status-available | ",
+                "At my desk | 2 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-available | "
+                "At my desk",
+                "Writing code | 2 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-available | "
+                "Writing code",
+                "---",
+                "Current Melodix Song | 2 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | "
+                "status-available | ♫ %@",
+                "---",
+                "Away | 3 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-away | Away",
+                "Out to lunch | 3 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-away | "
+                "Out to lunch",
+                "In a meeting | 3 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-away | "
+                "In a meeting",
+                "Gone home | 3 | 0 | enabled | selectMenuItem: | - |  | 0 | 0 | status-away | Gone home",
+                "---",
+                // Everyone available on the accounts with a buddy list, by first name.
+                "Buddies | 0 | 0 | disabled | : | - |  | 0 | 0 | nil | nil",
+                "Felix Moreau | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | menu-video | "
+                "item of felix@felix-imac",
+                "Felix Moreau | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
+                "Empty Image | item of felix@felix-imac",
+                "Hana Sato | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | Empty Image | "
+                "item of hanasato",
+                "Hana Sato | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
+                "Empty Image | item of hanasato",
+                "Maya Okafor | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | menu-video | "
+                "item of maya.okafor",
+                "Maya Okafor | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
+                "Empty Image | item of maya.okafor",
+                "Ruth Calder | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | menu-video_busy | "
+                "item of ruthcalder",
+                "Ruth Calder | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
+                "Empty Image | item of ruthcalder",
+                "Sam Whitfield | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | menu-audio | "
+                "item of sam@jabber.velmo.example",
+                "Sam Whitfield | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
+                "Empty Image | item of sam@jabber.velmo.example",
+                "selftest.aim | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | Empty Image | "
+                "item of selftest.aim",
+                "selftest.aim | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
+                "Empty Image | item of selftest.aim",
+                "selftest@jabber.velmo.example | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | "
+                "Empty Image | item of selftest@jabber.velmo.example",
+                "selftest@jabber.velmo.example | 0 | 0 | enabled | textMessagePerson: | alternate |  | "
+                "524288 | 0 | Empty Image | item of selftest@jabber.velmo.example",
+                "Tess Tester | 0 | 0 | enabled | messagePerson: | - |  | 0 | 0 | Empty Image | "
+                "item of tess@tess-studio",
+                "Tess Tester | 0 | 0 | enabled | textMessagePerson: | alternate |  | 524288 | 0 | "
+                "Empty Image | item of tess@tess-studio",
+                "---",
+                // The persistent services with a connected account, none chosen yet.
+                "Display AIM Buddies | 0 | 0 | enabled | switchService: | - |  | 0 | 0 | nil | AIM",
+                "Display Ambrel Buddies | 0 | 0 | enabled | switchService: | - |  | 0 | 0 | nil | SubNet",
+                "Display Jabber Buddies | 0 | 0 | enabled | switchService: | - |  | 0 | 0 | nil | Jabber",
+                "---",
+                "Show Buddy List… | 0 | 0 | enabled | openBuddyList: | - |  | 0 | 0 | nil | nil",
+            }));
 }
 
 TEST_F(ParloExtraTest, ChoosingAwaySendsTheRequestAndTheIconFollows) {
@@ -145,10 +146,8 @@ TEST_F(ParloExtraTest, ChoosingAwaySendsTheRequestAndTheIconFollows) {
   }
   EXPECT_EQ(requests, (std::vector<std::string>{
                           "1.0 addListenerID:capabilities: \"com.velmo.menuextra.Parlo\" 0x1",
-                          "2.0 setMyStatus:message: 3 \"Away\"",
-                          "2.0 writeSettings aim visible",
-                          "2.0 writeSettings ambrel visible",
-                          "2.0 writeSettings jabber visible",
+                          "2.0 setMyStatus:message: 3 \"Away\"", "2.0 writeSettings aim visible",
+                          "2.0 writeSettings ambrel visible", "2.0 writeSettings jabber visible",
                           "2.0 writeSettings vistel visible",
                           "3.5 removeListenerID: \"com.velmo.menuextra.Parlo\"",  // willUnload
                           "3.5 removeListenerID: \"com.velmo.menuextra.Parlo\"",  // and the release
@@ -158,8 +157,7 @@ TEST_F(ParloExtraTest, ChoosingAwaySendsTheRequestAndTheIconFollows) {
   for (const auto& line : linesOfType(lines, "icon"))
     icons.push_back(line["t"].dump() + " " + line["image"].get<std::string>() +
                     (line["dimmed"].get<bool>() ? " dimmed" : ""));
-  EXPECT_EQ(icons, (std::vector<std::string>{"0.0 MenuExtra.pdf dimmed", "1.0 MenuExtra.pdf",
-                                             "2.25 MenuExtra-.pdf"}))
+  EXPECT_EQ(icons, (std::vector<std::string>{"0.0 MenuExtra.pdf dimmed", "1.0 MenuExtra.pdf", "2.25 MenuExtra-.pdf"}))
       << "dimmed until start-up, then Available, then Away once the daemon answered";
 
   auto menus = linesOfType(lines, "menu");
@@ -178,7 +176,8 @@ TEST_F(ParloExtraTest, AStatusTextScrollsThreeTimesAndCollapses) {
   for (const auto& line : lines) {
     const std::string type = line["type"];
     if (type == "banner")
-      banner.push_back(line["t"].dump() + " text " + (line["text"].is_null() ? "none" : line["text"].get<std::string>()));
+      banner.push_back(line["t"].dump() + " text " +
+                       (line["text"].is_null() ? "none" : line["text"].get<std::string>()));
     if (type == "banner-scroll")
       banner.push_back(line["t"].dump() + " " + line["event"].get<std::string>() +
                        (line.contains("count") ? " " + line["count"].dump() : ""));
@@ -245,9 +244,9 @@ TEST_F(ParloExtraTest, TheChosenServiceIsKeptAcrossARestart) {
     if (item.contains("title") && item["action"] != "messagePerson:" && item["action"] != "textMessagePerson:" &&
         item["action"] != "selectMenuItem:")
       titles.push_back(item["title"].get<std::string>() + (item["state"] == 1 ? " ✓" : ""));
-  EXPECT_EQ(titles, (std::vector<std::string>{"My Status: Available", "AIM Buddies", "Display AIM Buddies ✓",
-                                              "Display Ambrel Buddies", "Display Jabber Buddies",
-                                              "Show AIM Buddy List…"}));
+  EXPECT_EQ(titles,
+            (std::vector<std::string>{"My Status: Available", "AIM Buddies", "Display AIM Buddies ✓",
+                                      "Display Ambrel Buddies", "Display Jabber Buddies", "Show AIM Buddy List…"}));
   EXPECT_EQ(rows(restarted[0]), rows(menus[1])) << "the same menu as after the choice";
 }
 
@@ -261,18 +260,16 @@ TEST_F(ParloExtraTest, ScreenSharingBlinksTheIconUntilItEnds) {
     if (type == "distributed") seen.push_back(t + line["name"].get<std::string>());
     if (type == "menu-close") seen.push_back(t + "chose " + line["title"].get<std::string>());
   }
-  EXPECT_EQ(seen, (std::vector<std::string>{
-                      "0.0 icon MenuExtra.pdf",
-                      "1.0 icon MenuExtra.pdf",
-                      "2.0 kKBParloScreenSharingStartedNotification",
-                      "4.0 icon SharingActive.png",  // every two seconds
-                      "6.0 icon MenuExtra.pdf",
-                      "8.0 icon SharingActive.png",
-                      "9.0 chose End Screen Sharing",  // Control-Escape
-                      "9.0 kKBParloScreenSharingShouldTerminateNotification",
-                      "9.5 kKBParloScreenSharingEndedNotification",  // the application's answer
-                      "9.5 icon MenuExtra.pdf",                      // and no more blinking
-                  }));
+  EXPECT_EQ(seen,
+            (std::vector<std::string>{
+                "0.0 icon MenuExtra.pdf", "1.0 icon MenuExtra.pdf", "2.0 kKBParloScreenSharingStartedNotification",
+                "4.0 icon SharingActive.png",  // every two seconds
+                "6.0 icon MenuExtra.pdf", "8.0 icon SharingActive.png",
+                "9.0 chose End Screen Sharing",  // Control-Escape
+                "9.0 kKBParloScreenSharingShouldTerminateNotification",
+                "9.5 kKBParloScreenSharingEndedNotification",  // the application's answer
+                "9.5 icon MenuExtra.pdf",                      // and no more blinking
+            }));
   auto menu = linesOfType(lines, "menu").at(0);
   auto shown = rows(menu);
   ASSERT_GE(shown.size(), 3u);

@@ -93,8 +93,8 @@ TEST_F(E2ETest, TheTerminalFrontendOpensTheMenuAndQuitsCleanly) {
   const auto sttyFile = dir / "stty.txt";
   const std::string command = "KIBBAR_CONFIG_DIR=" + Tmux::quote((dir / "prefs").string()) + " " +
                               Tmux::quote(kibtest::environmentPath("KIBBAR").string()) + " --bundle " +
-                              Tmux::quote(bundle) + "; echo $? > " + Tmux::quote(exitFile.string()) +
-                              "; stty -a > " + Tmux::quote(sttyFile.string());
+                              Tmux::quote(bundle) + "; echo $? > " + Tmux::quote(exitFile.string()) + "; stty -a > " +
+                              Tmux::quote(sttyFile.string());
   Tmux tmux("kibbar-smoke-" + std::to_string(getpid()));
   ASSERT_TRUE(tmux.start("sh -c " + Tmux::quote(command), 110, 32));
 
@@ -124,8 +124,8 @@ TEST_F(E2ETest, AClickOnTheSlotOpensTheMenuAndATerminationSignalRestoresTheTermi
   const auto pidFile = dir / "pid.txt";
   const auto exitFile = dir / "exit.txt";
   const auto sttyFile = dir / "stty.txt";
-  const std::string program = "echo $$ > " + Tmux::quote(pidFile.string()) + "; exec env KIBBAR_CONFIG_DIR=" +
-                              Tmux::quote((dir / "prefs").string()) + " " +
+  const std::string program = "echo $$ > " + Tmux::quote(pidFile.string()) +
+                              "; exec env KIBBAR_CONFIG_DIR=" + Tmux::quote((dir / "prefs").string()) + " " +
                               Tmux::quote(kibtest::environmentPath("KIBBAR").string()) + " --bundle " +
                               Tmux::quote(bundle);
   const std::string command = "sh -c " + Tmux::quote(program) + "; echo $? > " + Tmux::quote(exitFile.string()) +

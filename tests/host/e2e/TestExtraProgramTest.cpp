@@ -10,14 +10,16 @@ using kibtest::script;
 using kibtest::testBundle;
 
 // "t type detail" for the lines of the given types.
-std::vector<std::string> outline(const std::vector<nlohmann::ordered_json>& lines, const std::vector<std::string>& types) {
+std::vector<std::string> outline(const std::vector<nlohmann::ordered_json>& lines,
+                                 const std::vector<std::string>& types) {
   std::vector<std::string> result;
   for (const auto& line : lines) {
     const std::string type = line["type"];
     if (std::find(types.begin(), types.end(), type) == types.end()) continue;
     std::string text = line["t"].dump() + " " + type;
     for (const auto& [key, value] : line.items())
-      if (key != "t" && key != "type" && key != "items") text += " " + (value.is_string() ? value.get<std::string>() : value.dump());
+      if (key != "t" && key != "type" && key != "items")
+        text += " " + (value.is_string() ? value.get<std::string>() : value.dump());
     result.push_back(text);
   }
   return result;
