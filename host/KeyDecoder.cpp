@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 
 namespace kibhost {
 namespace {
@@ -98,37 +99,22 @@ std::size_t KeyDecoder::decodeEscape(std::string_view bytes, std::size_t i, std:
     }
     return used;
   }
-  switch (final) {
-    case 'A':
-      events.push_back(key(KeyEvent::Kind::Up));
-      break;
-    case 'B':
-      events.push_back(key(KeyEvent::Kind::Down));
-      break;
-    case 'C':
-      events.push_back(key(KeyEvent::Kind::Right));
-      break;
-    case 'D':
-      events.push_back(key(KeyEvent::Kind::Left));
-      break;
-    case 'H':
-      events.push_back(key(KeyEvent::Kind::Home));
-      break;
-    case 'F':
-      events.push_back(key(KeyEvent::Kind::End));
-      break;
-    case 'Z':
-      events.push_back(key(KeyEvent::Kind::Tab));
-      break;  // Shift-Tab
-    case '~':
-      if (params == "1" || params == "7") events.push_back(key(KeyEvent::Kind::Home));
-      if (params == "4" || params == "8") events.push_back(key(KeyEvent::Kind::End));
-      if (params == "5") events.push_back(key(KeyEvent::Kind::PageUp));
-      if (params == "6") events.push_back(key(KeyEvent::Kind::PageDown));
-      break;
-    default:
-      break;  // a sequence this program has no use for
+  // Cursor keys end in a letter ("\x1b[A", "\x1bOA"); the others are numbered ("\x1b[5~").
+  static const std::map<char, KeyEvent::Kind> letters{
+      {'A', KeyEvent::Kind::Up},   {'B', KeyEvent::Kind::Down}, {'C', KeyEvent::Kind::Right},
+      {'D', KeyEvent::Kind::Left}, {'H', KeyEvent::Kind::Home}, {'F', KeyEvent::Kind::End},
+      {'Z', KeyEvent::Kind::Tab},  // Shift-Tab
+  };
+  static const std::map<std::string, KeyEvent::Kind> numbers{
+      {"1", KeyEvent::Kind::Home}, {"7", KeyEvent::Kind::Home},   {"4", KeyEvent::Kind::End},
+      {"8", KeyEvent::Kind::End},  {"5", KeyEvent::Kind::PageUp}, {"6", KeyEvent::Kind::PageDown},
+  };
+  if (auto found = letters.find(final); found != letters.end()) {
+    events.push_back(key(found->second));
+  } else if (final == '~') {
+    if (auto number = numbers.find(params); number != numbers.end()) events.push_back(key(number->second));
   }
+  // Any other sequence is one this program has no use for.
   return used;
 }
 
