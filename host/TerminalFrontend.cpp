@@ -136,6 +136,10 @@ void TerminalFrontend::menuDidOpen(const platform::MenuPtr& menu) {
   auto* open = host_->openMenu();
   menu_ = std::make_unique<TerminalMenu>(open->tracking, open->modifierFlags);
   redraw();
+  std::weak_ptr<TerminalFrontend*> self = self_;
+  platform::RunLoop::main().performBlock(0, platform::kEventTrackingRunLoopMode, [self] {
+    if (auto frontend = self.lock()) (*frontend)->handlePendingKeys();
+  });
 }
 
 void TerminalFrontend::menuDidClose(std::int64_t chosenIndex) {
@@ -154,8 +158,17 @@ void TerminalFrontend::readInput() {
     return;
   }
   if (count < 0) return;
-  for (const auto& key : decoder_.decode(std::string_view(buffer, static_cast<std::size_t>(count)))) {
-    if (quit_) break;
+  for (auto& key : decoder_.decode(std::string_view(buffer, static_cast<std::size_t>(count))))
+    pendingKeys_.push_back(std::move(key));
+  handlePendingKeys();
+}
+
+// Keys wait in a queue: a key that opens the menu does not return until the
+// menu closes, and the keys typed after it belong to the menu.
+void TerminalFrontend::handlePendingKeys() {
+  while (!pendingKeys_.empty() && !quit_) {
+    KeyEvent key = std::move(pendingKeys_.front());
+    pendingKeys_.pop_front();
     handle(key);
   }
 }

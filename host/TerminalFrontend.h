@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -44,6 +45,7 @@ class TerminalFrontend final : public StatusBarHostDelegate {
 
  private:
   void readInput();
+  void handlePendingKeys();
   void readSignals();
   void handle(const KeyEvent& key);
   void handleMenuKey(const KeyEvent& key);
@@ -68,6 +70,7 @@ class TerminalFrontend final : public StatusBarHostDelegate {
   TerminalSession session_;
   std::unique_ptr<SignalPipe> signals_;
   KeyDecoder decoder_;
+  std::deque<KeyEvent> pendingKeys_;
   std::shared_ptr<sim::SimWorld> world_;
   std::unique_ptr<Transcript> transcript_;
   std::unique_ptr<TranscriptRecorder> recorder_;
