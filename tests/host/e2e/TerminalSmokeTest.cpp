@@ -111,6 +111,17 @@ TEST_F(E2ETest, TheTerminalFrontendOpensTheMenuAndQuitsCleanly) {
   tmux.sendKeys("Escape");
   ASSERT_TRUE(tmux.waitFor([&](const std::string& screen) { return !contains(screen, "┌"); })) << tmux.capture();
 
+  // Keys typed ahead of the menu reach it once it is open.
+  auto closes = [](const std::string& screen) {
+    int count = 0;
+    for (auto at = screen.find("menu-close"); at != std::string::npos; at = screen.find("menu-close", at + 1)) ++count;
+    return count;
+  };
+  ASSERT_EQ(closes(tmux.capture()), 1) << tmux.capture();
+  tmux.sendKeys("Enter Escape");
+  ASSERT_TRUE(tmux.waitFor([&](const std::string& screen) { return closes(screen) == 2 && !contains(screen, "┌"); }))
+      << tmux.capture();
+
   tmux.sendKeys("q");
   ASSERT_TRUE(tmux.waitFor([&](const std::string&) { return std::filesystem::exists(sttyFile); })) << tmux.capture();
   std::this_thread::sleep_for(std::chrono::milliseconds(100));  // stty's output is complete
