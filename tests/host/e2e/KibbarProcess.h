@@ -14,14 +14,11 @@
 #include <string>
 #include <vector>
 
+#include "tests/host/HostTestSupport.h"
+
 extern char** environ;
 
 namespace kibtest {
-
-inline std::filesystem::path environmentPath(const char* name) {
-  const char* value = std::getenv(name);
-  return value ? std::filesystem::path(value) : std::filesystem::path();
-}
 
 inline std::filesystem::path sourcePath(const std::string& relative) {
   return environmentPath("KIB_TEST_SOURCE_DIR") / relative;
@@ -32,11 +29,6 @@ inline std::string readFile(const std::filesystem::path& path) {
   std::ostringstream text;
   text << in.rdbuf();
   return text.str();
-}
-
-inline void writeFile(const std::filesystem::path& path, const std::string& text) {
-  std::filesystem::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << text;
 }
 
 // One run of the kibbar program.
@@ -99,14 +91,6 @@ inline KibbarRun runKibbar(const std::vector<std::string>& arguments, const std:
   run.out = readFile(outPath);
   run.errors = readFile(errPath);
   return run;
-}
-
-inline std::vector<nlohmann::ordered_json> linesOfType(const std::vector<nlohmann::ordered_json>& lines,
-                                                       const std::string& type) {
-  std::vector<nlohmann::ordered_json> found;
-  for (const auto& line : lines)
-    if (line.value("type", "") == type) found.push_back(line);
-  return found;
 }
 
 }  // namespace kibtest
