@@ -15,6 +15,7 @@
 #include "platform/im/IMHandle.h"
 #include "platform/im/IMPerson.h"
 #include "platform/im/IMService.h"
+#include "bench/SampleNames.h"
 
 namespace {
 
@@ -35,10 +36,8 @@ World makeWorld() {
     account->setCapabilities(platform::kIMAccountCapabilityBuddyList);
     world.accounts.push_back(account);
   }
-  const std::vector<std::string> first{"Alex", "Renée", "Jürgen", "Zoë",   "Maria", "John", "Ｓａｍ", "Chloé",
-                                       "Anna", "Björn", "Kate",   "Luis",  "Ｍｉｋａ", "Søren", "Paul", "Nina"};
-  const std::vector<std::string> last{"Smith", "Müller", "García", "Lee",   "Novák", "Brown", "Dubois", "Ito",
-                                      "Olsen", "Kowalski", "Núñez", "Chen", "Rossi", "Ångström", "Park", "Khan"};
+  const auto& first = kibbench::sampleFirstNames();
+  const auto& last = kibbench::sampleLastNames();
   std::mt19937 random(20240601);
   std::uniform_int_distribution<std::size_t> pick(0, first.size() - 1);
   std::uniform_int_distribution<platform::IMPersonStatus> status(platform::kIMPersonStatusOffline,

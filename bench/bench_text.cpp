@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/core/TextServices.h"
+#include "bench/SampleNames.h"
 
 namespace {
 
@@ -15,10 +16,8 @@ constexpr std::size_t kNameCount = 100000;
 
 // Mostly plain ASCII names, some with accents, a few in full-width letters.
 std::vector<std::string> makeNames() {
-  const std::vector<std::string> first{"Alex", "Renée", "Jürgen", "Zoë", "Maria", "John", "Ｓａｍ", "Chloé",
-                                       "Anna", "Björn", "Kate", "Luis", "Ｍｉｋａ", "Søren", "Paul", "Nina"};
-  const std::vector<std::string> last{"Smith", "Müller", "García", "Lee", "Novák", "Brown", "Dubois", "Ito",
-                                      "Olsen", "Kowalski", "Núñez", "Chen", "Rossi", "Ångström", "Park", "Khan"};
+  const auto& first = kibbench::sampleFirstNames();
+  const auto& last = kibbench::sampleLastNames();
   std::mt19937 random(20240601);
   std::uniform_int_distribution<std::size_t> pick(0, first.size() - 1);
   std::vector<std::string> names;
