@@ -68,6 +68,11 @@ std::filesystem::path Program::defaultBundlePath() {
   if (!error) {
     auto beside = program.parent_path().parent_path() / "bundles" / kBundleName;
     if (std::filesystem::is_directory(beside, error)) return beside;
+#ifdef KIB_INSTALLED_BUNDLE_DIR
+    // Installed: bin/kibbar finds lib/kibbar/bundles/ (GNUInstallDirs' places, relative to each other).
+    auto installed = (program.parent_path() / KIB_INSTALLED_BUNDLE_DIR / kBundleName).lexically_normal();
+    if (std::filesystem::is_directory(installed, error)) return installed;
+#endif
   }
   return std::filesystem::path(KIB_BUILD_BUNDLE_DIR) / kBundleName;
 }

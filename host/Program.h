@@ -37,7 +37,8 @@ class Program {
   // "kibbar 0.1.0"
   static std::string versionLine();
   // The extra's bundle that ships with the program: bundles/Parlo.menuextra
-  // beside the program's folder, else in the build tree it was built in.
+  // beside the program's folder (the build tree), else where the installation
+  // puts it (bin/../lib/kibbar/bundles), else in the build tree it was built in.
   static std::filesystem::path defaultBundlePath();
 };
 

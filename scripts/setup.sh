@@ -1,8 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project builds with, when any is missing.
+#   scripts/setup.sh          what building and running need
+#   scripts/setup.sh --test   and what the tests need besides (the package checks)
 set -euo pipefail
 packages=(g++ cmake make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libicu-dev nlohmann-json3-dev tmux python3
   libcairo2-dev libpango1.0-dev libpoppler-glib-dev libgdk-pixbuf-2.0-dev fonts-dejavu-core)
+test_packages=(dpkg-dev lintian desktop-file-utils man-db)
+if [ "${1:-}" = "--test" ]; then packages+=("${test_packages[@]}"); fi
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
@@ -12,5 +16,5 @@ if ((${#missing[@]})); then
   SUDO=""
   [ "$(id -u)" -ne 0 ] && SUDO=sudo
   $SUDO apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq "${missing[@]}" > /dev/null
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq -o DPkg::Lock::Timeout=600 "${missing[@]}" > /dev/null
 fi
