@@ -61,6 +61,12 @@ shoot slot-sharing slot 'wait 2
 event {"type": "screen-sharing-start", "partner": "Sam Whitfield"}
 wait 2.5'
 
+# The terminal frontend with its menu open: the capture in docs/screen.txt (its third block) drawn.
+capture=$(dirname "$kibbar")/pictures/kibbar-capture
+[ -x "$capture" ] || { echo "gallery: no $capture (build the target kibbar-capture)" >&2; exit 1; }
+awk '/^```/{block++; next} block == 3' docs/screen.txt > "$work/terminal.txt"
+"$capture" "$work/terminal.txt" "$out/terminal.png"
+
 picture() {  # NAME CAPTION: the light and the dark picture side by side
   echo "| ![$2]($(basename "$out")/$1.png) | ![$2, dark]($(basename "$out")/$1-dark.png) |"
 }
@@ -128,5 +134,13 @@ TEXT
     name=${entry%%:*} caption=${entry#*:}
     echo "| $caption | ![$caption](gallery/$name.png) | ![$caption, dark](gallery/$name-dark.png) |"
   done
+  cat <<'TEXT'
+
+## The terminal frontend
+
+The capture of docs/screen.txt with the menu open, drawn by `kibbar-capture`:
+
+![The terminal frontend with the menu open](gallery/terminal.png)
+TEXT
 } > docs/gallery.md
 echo "gallery: $(ls "$out" | wc -l) pictures in $out, docs/gallery.md"

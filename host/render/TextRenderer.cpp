@@ -22,10 +22,11 @@ struct TextRenderer::Fonts {
   ~Fonts() { cairo_font_options_destroy(options); }
 
   // A layout for the context's current transformation.
-  GObjectHandle<PangoLayout> layout(cairo_t* cairo, const std::string& text, double size) const {
+  GObjectHandle<PangoLayout> layout(cairo_t* cairo, const std::string& families, const std::string& text,
+                                    double size) const {
     pango_cairo_update_context(cairo, context.get());
     GObjectHandle<PangoLayout> layout(pango_layout_new(context.get()));
-    PangoFontDescription* font = pango_font_description_from_string(kFontFamilies);
+    PangoFontDescription* font = pango_font_description_from_string(families.c_str());
     pango_font_description_set_absolute_size(font, size * PANGO_SCALE);
     pango_layout_set_font_description(layout.get(), font);
     pango_font_description_free(font);
@@ -34,11 +35,12 @@ struct TextRenderer::Fonts {
   }
 };
 
-TextRenderer::TextRenderer(bool hinted) : fonts_(std::make_unique<Fonts>(hinted)) {}
+TextRenderer::TextRenderer(bool hinted, std::string families)
+    : fonts_(std::make_unique<Fonts>(hinted)), families_(std::move(families)) {}
 TextRenderer::~TextRenderer() = default;
 
 platform::Size TextRenderer::measure(cairo_t* context, const std::string& text, double size) const {
-  auto layout = fonts_->layout(context, text, size);
+  auto layout = fonts_->layout(context, families_, text, size);
   PangoRectangle logical;
   pango_layout_get_extents(layout.get(), nullptr, &logical);
   return {static_cast<double>(logical.width) / PANGO_SCALE, static_cast<double>(logical.height) / PANGO_SCALE};
@@ -46,7 +48,7 @@ platform::Size TextRenderer::measure(cairo_t* context, const std::string& text, 
 
 void TextRenderer::draw(cairo_t* context, const std::string& text, double size, double x, double y,
                         const platform::Color& color) const {
-  auto layout = fonts_->layout(context, text, size);
+  auto layout = fonts_->layout(context, families_, text, size);
   cairo_save(context);
   cairo_set_source_rgba(context, color.red, color.green, color.blue, color.alpha);
   cairo_move_to(context, x, y);

@@ -19,8 +19,10 @@ class TextRenderer {
  public:
   static constexpr const char* kFontFamilies = "DejaVu Sans,DejaVu Sans Mono";
 
+  static constexpr const char* kMonospaceFamilies = "DejaVu Sans Mono";
+
   // Hinted text stands in for another machine's rasterisation (tests).
-  explicit TextRenderer(bool hinted = false);
+  explicit TextRenderer(bool hinted = false, std::string families = kFontFamilies);
   ~TextRenderer();
   TextRenderer(const TextRenderer&) = delete;
   TextRenderer& operator=(const TextRenderer&) = delete;
@@ -34,6 +36,7 @@ class TextRenderer {
  private:
   struct Fonts;
   std::unique_ptr<Fonts> fonts_;
+  std::string families_;
 };
 
 }  // namespace kibrender
