@@ -65,7 +65,7 @@ install(CODE "
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kibbar)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_CONTACT "kibbar developers <kibbar@localhost>")
+set(CPACK_PACKAGE_CONTACT "kibbar developers <kibbar@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "status-bar extra showing your messaging status and buddies")
 set(CPACK_PACKAGE_DESCRIPTION
     "kibbar shows your own instant-messaging presence in the desktop's panel as an\n"
