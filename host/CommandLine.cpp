@@ -27,6 +27,7 @@ std::uint32_t parseTestNumber(const std::string& text) {
 CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
   CommandLine line;
   bool help = false;
+  bool version = false;
   bool selfTest = false;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     auto [name, inlineValue] = splitOption(arguments[i]);
@@ -44,6 +45,10 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
     };
     if (name == "--help" || name == "-h") {
       help = true;
+    } else if (name == "--version") {
+      version = true;
+    } else if (name == "--pictures") {
+      once(line.pictures, "a folder");
     } else if (name == "--scenario") {
       once(line.scenario, "a scenario file");
     } else if (name == "--bundle") {
@@ -68,11 +73,17 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
     line.mode = Mode::Help;
     return line;
   }
+  if (version) {
+    line.mode = Mode::Version;
+    return line;
+  }
   if (selfTest && line.script) throw UsageError("--script and --self-test cannot be used together");
   if (selfTest)
     line.mode = Mode::SelfTest;
   else if (line.script)
     line.mode = Mode::Script;
+  if (line.mode == Mode::Terminal && line.pictures)
+    throw UsageError("--pictures draws a headless run; give --script FILE or --self-test N");
   if (line.mode == Mode::Terminal && line.transcript && *line.transcript == "-")
     throw UsageError("--transcript - writes to standard output, which the terminal frontend uses; give a file");
   return line;
@@ -80,8 +91,9 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
 
 std::string CommandLine::usage() {
   return R"(Usage: kibbar [--scenario FILE] [--bundle DIR] [--transcript FILE]
-       kibbar [--scenario FILE] [--bundle DIR] --script FILE [--transcript FILE|-] [--no-queries]
-       kibbar [--scenario FILE] [--bundle DIR] --self-test N [--transcript FILE|-]
+       kibbar [--scenario FILE] [--bundle DIR] --script FILE [--transcript FILE|-] [--no-queries] [--pictures DIR]
+       kibbar [--scenario FILE] [--bundle DIR] --self-test N [--transcript FILE|-] [--pictures DIR]
+       kibbar --version
 
 The status-bar program. It loads a menu-bar extra from its bundle and shows it
 on a simulated messaging world.
@@ -97,10 +109,13 @@ panel with the simulated world and keys that change it.
                       default with --script)
   --no-queries        leave the daemon's queries (isConnected, ...) out of the transcript
   --self-test N       run the extra's self-test N (0 for all) headless and print its test log
+  --pictures DIR      with --script or --self-test: draw the slot at each change and every menu
+                      that pops up as numbered PNGs in DIR, at 1x and 2x, light and dark
+  --version           the program's name and version
   --help              this text
 
-Exit status: 0 done, 1 a script step or the self-test could not be carried out,
-2 a bad command line, scenario, script or bundle.
+Exit status: 0 done, 1 a script step or the self-test could not be carried out
+or a picture could not be written, 2 a bad command line, scenario, script or bundle.
 )";
 }
 

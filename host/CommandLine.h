@@ -16,7 +16,7 @@ class UsageError : public std::runtime_error {
 
 // The program's options (kibbar --help).
 struct CommandLine {
-  enum class Mode { Terminal, Script, SelfTest, Help };
+  enum class Mode { Terminal, Script, SelfTest, Help, Version };
 
   Mode mode = Mode::Terminal;
   std::optional<std::string> scenario;    // --scenario FILE; the built-in scenario without
@@ -25,6 +25,7 @@ struct CommandLine {
   std::optional<std::string> transcript;  // --transcript FILE, "-" for standard output
   std::uint32_t selfTest = 0;             // --self-test N
   bool daemonQueries = true;              // --no-queries leaves daemon queries out of transcripts
+  std::optional<std::string> pictures;    // --pictures DIR: PNGs of the slot and the menus of a headless run
 
   static CommandLine parse(const std::vector<std::string>& arguments);
   static std::string usage();

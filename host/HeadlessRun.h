@@ -40,6 +40,8 @@ class HeadlessRun {
   int runSelfTest(std::uint32_t test, std::ostream& testLog);
 
   StatusBarHost& host() { return *host_; }
+  TranscriptRecorder& recorder() { return *recorder_; }
+  Transcript& transcript() { return *transcript_; }
   sim::SimWorld& world() { return *world_; }
 
  private:

@@ -16,6 +16,10 @@
 #include "sim/ScenarioError.h"
 #include "sim/ScenarioLoader.h"
 
+#ifndef KIB_VERSION
+#define KIB_VERSION "0"
+#endif
+
 #ifndef KIB_BUILD_BUNDLE_DIR
 #define KIB_BUILD_BUNDLE_DIR "bundles"
 #endif
@@ -64,11 +68,19 @@ std::filesystem::path Program::defaultBundlePath() {
   if (!error) {
     auto beside = program.parent_path().parent_path() / "bundles" / kBundleName;
     if (std::filesystem::is_directory(beside, error)) return beside;
+#ifdef KIB_INSTALLED_BUNDLE_DIR
+    // Installed: bin/kibbar finds lib/kibbar/bundles/ (GNUInstallDirs' places, relative to each other).
+    auto installed = (program.parent_path() / KIB_INSTALLED_BUNDLE_DIR / kBundleName).lexically_normal();
+    if (std::filesystem::is_directory(installed, error)) return installed;
+#endif
   }
   return std::filesystem::path(KIB_BUILD_BUNDLE_DIR) / kBundleName;
 }
 
-int Program::run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& errors) {
+std::string Program::versionLine() { return std::string("kibbar ") + KIB_VERSION; }
+
+int Program::run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& errors,
+                 const ProgramExtensions& extensions) {
   CommandLine line;
   try {
     line = CommandLine::parse(arguments);
@@ -79,6 +91,14 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   if (line.mode == CommandLine::Mode::Help) {
     out << CommandLine::usage();
     return kDone;
+  }
+  if (line.mode == CommandLine::Mode::Version) {
+    out << versionLine() << '\n';
+    return kDone;
+  }
+  if (line.pictures && !extensions.pictures) {
+    errors << "kibbar: this program was built without pictures (--pictures)\n";
+    return kBadInput;
   }
 
   sim::Scenario scenario;
@@ -121,11 +141,23 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   auto transcriptPath = line.transcript;
   if (!selfTest && !transcriptPath) transcriptPath = "-";
   if (!transcript.open(transcriptPath, out, errors)) return kBadInput;
+  // Declared before the run, so it outlives the run's teardown, which it hears.
+  std::unique_ptr<HeadlessObserver> pictures;
   HeadlessRun run(std::move(scenario), scenarioName, *plugin, transcript.stream(), errors, line.daemonQueries);
+  if (line.pictures) {
+    pictures = extensions.pictures(*line.pictures, run, errors);
+    if (!pictures) return kBadInput;
+    run.recorder().setFollower(pictures.get());
+  }
   if (!run.start()) return kBadInput;
-  if (!selfTest) return run.playScript(script);
-  std::ostream null(nullptr);
-  return run.runSelfTest(line.selfTest, transcript.toStandardOutput(out) ? null : out);
+  int status = 0;
+  if (!selfTest) {
+    status = run.playScript(script);
+  } else {
+    std::ostream null(nullptr);
+    status = run.runSelfTest(line.selfTest, transcript.toStandardOutput(out) ? null : out);
+  }
+  return pictures && !pictures->succeeded() && status == kDone ? 1 : status;
 }
 
 }  // namespace kibhost

@@ -1,9 +1,9 @@
 #include "host/TerminalMenu.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "host/ImageGlyphs.h"
+#include "platform/ui/KeyEquivalentText.h"
 #include "platform/ui/KeyModifiers.h"
 
 namespace kibhost {
@@ -52,25 +52,7 @@ std::int64_t TerminalMenu::selectedIndex() const {
 }
 
 std::string TerminalMenu::keyEquivalentText(const std::string& key, std::uint64_t modifierMask) {
-  if (key.empty()) return "";
-  std::string text;
-  if (modifierMask & platform::kControlKeyMask) text += "⌃";
-  if (modifierMask & platform::kAlternateKeyMask) text += "⌥";
-  if (modifierMask & platform::kShiftKeyMask) text += "⇧";
-  if (modifierMask & platform::kCommandKeyMask) text += "⌘";
-  if (key == "\033")
-    text += "⎋";
-  else if (key == "\r")
-    text += "↩";
-  else if (key == "\t")
-    text += "⇥";
-  else if (key == " ")
-    text += "Space";
-  else if (key.size() == 1)
-    text += static_cast<char>(std::toupper(static_cast<unsigned char>(key[0])));
-  else
-    text += key;
-  return text;
+  return platform::keyEquivalentText(key, modifierMask);
 }
 
 std::string TerminalMenu::rowTitle(const platform::MenuItem& item) const {

@@ -120,10 +120,12 @@ void TranscriptRecorder::slotLengthDidChange(double length) {
   if (length_ && *length_ == rounded) return;
   length_ = rounded;
   transcript_.write("length", {{"length", rounded}});
+  if (follower_) follower_->slotLengthDidChange(length);
 }
 
 void TranscriptRecorder::slotDidDisplay(const platform::RecordingCanvas& canvas) {
   recordPicture(SlotPicture::fromCanvas(canvas));
+  if (follower_) follower_->slotDidDisplay(canvas);
 }
 
 void TranscriptRecorder::recordPicture(const SlotPicture& picture) {
@@ -150,6 +152,7 @@ void TranscriptRecorder::recordPicture(const SlotPicture& picture) {
 void TranscriptRecorder::menuDidOpen(const platform::MenuPtr& menu) {
   openMenu_ = menu;
   transcript_.write("menu", {{"items", MenuJSON::items(*menu)}});
+  if (follower_) follower_->menuDidOpen(menu);
 }
 
 void TranscriptRecorder::menuDidClose(std::int64_t chosenIndex) {
@@ -163,6 +166,7 @@ void TranscriptRecorder::menuDidClose(std::int64_t chosenIndex) {
   }
   openMenu_.reset();
   transcript_.write("menu-close", fields);
+  if (follower_) follower_->menuDidClose(chosenIndex);
 }
 
 }  // namespace kibhost

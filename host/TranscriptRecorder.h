@@ -49,6 +49,10 @@ class TranscriptRecorder final : public StatusBarHostDelegate {
   void menuDidClose(std::int64_t chosenIndex) override;
   double menuTrackingDeadline() override { return deadline_; }
 
+  // Another delegate told everything this one hears, after it is recorded
+  // (the picture writer); not owned, nil for none.
+  void setFollower(StatusBarHostDelegate* follower) { follower_ = follower; }
+
   // The slot as it was last drawn.
   const SlotPicture& slot() const { return slot_; }
 
@@ -63,6 +67,7 @@ class TranscriptRecorder final : public StatusBarHostDelegate {
   std::function<void(platform::Log::Channel, const std::string&)> logListener_;
   bool recordsQueries_ = true;
   double deadline_;
+  StatusBarHostDelegate* follower_ = nullptr;
 
   std::optional<double> length_;
   bool drawn_ = false;

@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project builds and runs with, when any is
-# missing; with --tests also what the tests use (real buses, panels, servers).
+# missing; with --tests also what the tests use (real buses, panels, servers,
+# the package checks).
 set -euo pipefail
 packages=(g++ cmake make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libicu-dev nlohmann-json3-dev tmux python3
-  libsdbus-c++-dev libsystemd-dev)
-test_packages=(dbus)
+  libsdbus-c++-dev libsystemd-dev
+  libcairo2-dev libpango1.0-dev libpoppler-glib-dev libgdk-pixbuf-2.0-dev fonts-dejavu-core)
+test_packages=(dbus
+  dpkg-dev lintian desktop-file-utils man-db)
 if [ "${1:-}" = "--tests" ]; then
   packages+=("${test_packages[@]}")
 fi

@@ -42,6 +42,9 @@ TEST(CommandLineTest, OptionsChooseTheFrontend) {
   EXPECT_EQ(CommandLine::parse({"--transcript", "live.jsonl"}).mode, Mode::Terminal)
       << "the terminal frontend can keep a transcript in a file";
   EXPECT_NE(CommandLine::usage().find("--self-test N"), std::string::npos);
+  EXPECT_EQ(CommandLine::parse({"--script", "a.kbs", "--version"}).mode, Mode::Version);
+  EXPECT_EQ(CommandLine::parse({"--script", "a.kbs", "--pictures", "out"}).pictures, "out");
+  EXPECT_EQ(CommandLine::parse({"--self-test", "1", "--pictures=out"}).mode, Mode::SelfTest);
 }
 
 TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
@@ -57,6 +60,9 @@ TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
             "--self-test needs a test number (0 for all), not \"99999999999\"");
   EXPECT_EQ(usageErrorOf({"--script", "a.kbs", "--self-test", "1"}),
             "--script and --self-test cannot be used together");
+  EXPECT_EQ(usageErrorOf({"--pictures", "out"}),
+            "--pictures draws a headless run; give --script FILE or --self-test N");
+  EXPECT_EQ(usageErrorOf({"--script", "a.kbs", "--pictures", "a", "--pictures", "b"}), "--pictures is given twice");
   EXPECT_EQ(usageErrorOf({"--transcript", "-"}),
             "--transcript - writes to standard output, which the terminal frontend uses; give a file");
 }
