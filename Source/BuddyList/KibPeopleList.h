@@ -13,6 +13,7 @@
 #include "Source/BuddyList/KibPeopleListGroup.h"
 #include "Source/BuddyList/KibPeopleListItem.h"
 #include "Source/BuddyList/KibPeopleListItemDelegate.h"
+#include "Source/BuddyList/KibPeopleListSorter.h"
 #include "Source/BuddyList/KibServicePeopleListGroup.h"
 #include "Source/BuddyList/KibSortParameters.h"
 #include "platform/core/Array.h"
@@ -127,6 +128,8 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // The collections.
   // The displayed array, rebuilt on every resort.
   const Items& items() const { return _items; }
+  // How the last resort sorted (for tests of the fast paths).
+  KibPeopleListSorter::Method lastSortMethod() const { return _sorter.lastMethod(); }
   // The flat list.
   const Items& peopleListItems() const { return _peopleListItems; }
   // The ordinary groups, in the order they were added.
@@ -279,6 +282,9 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   bool _allowsSearching = false;
   bool _inSearchMode = false;
   Items _items;
+  // The displayed array of the last resort while the next one is sorted.
+  Items _previousItems;
+  KibPeopleListSorter _sorter;
   KibOfflinePeopleListGroupPtr _offlineGroup;
   bool _allowsGroupOrdering = false;  // kept; nothing reads it
   bool _pendingResort = false;

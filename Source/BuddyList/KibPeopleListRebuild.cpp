@@ -77,6 +77,8 @@ class SearchFields {
 void KibPeopleList::_rebuildItems() {
   if (willLog()) platform::IMAlwaysLog("Rebuild Items");
   for (const auto& item : _items) item->setDelegate(nullptr);
+  // Kept for the sorter, which moves only what changed since.
+  _previousItems = std::move(_items);
   _items.clear();
   _itemsToCleanup.clear();
   forgetDeadObservedItems();

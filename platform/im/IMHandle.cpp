@@ -259,6 +259,7 @@ std::string IMHandle::description() const {
 }
 
 void IMHandle::postInfoChanged() {
+  ++nameRevision_;
   postDirectNotification(IMHandleInfoChangedNotification);
   IMService::notificationCenter().postNotificationName(IMPersonInfoChangedNotification, weak_from_this().lock());
 }

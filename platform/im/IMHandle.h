@@ -68,6 +68,9 @@ class IMHandle final : public IMDirectlyObservableObject {
   std::string firstName() const;
   std::string lastName() const;
   const std::string& nickname() const { return nickname_; }
+  // Grows with every change of the handle's names or its person's, so that
+  // values derived from the names (sort keys) can tell when to recompute.
+  std::uint64_t nameRevision() const { return nameRevision_; }
   // The handle's own addresses, else its person's.
   std::vector<std::string> emails() const;
   // "name <first e-mail>", or the name alone.
@@ -149,6 +152,7 @@ class IMHandle final : public IMDirectlyObservableObject {
   std::string mobileDeviceName_;
 
   std::string nickname_;
+  std::uint64_t nameRevision_ = 0;
   std::vector<std::string> emails_;
   std::map<std::string, std::string> otherServiceIDs_;
   std::uint32_t authRequestStatus_ = 0;
