@@ -10,6 +10,7 @@
 
 #include "Source/BuddyList/KibBuddyListPresence.h"
 #include "Source/BuddyList/KibOfflinePeopleListGroup.h"
+#include "Source/BuddyList/KibPeopleListFilingIndex.h"
 #include "Source/BuddyList/KibPeopleListGroup.h"
 #include "Source/BuddyList/KibPeopleListItem.h"
 #include "Source/BuddyList/KibPeopleListItemDelegate.h"
@@ -258,6 +259,24 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   void fileOfflineCopyOf(const KibPeopleListItemPtr& item);
   void forgetDeadObservedItems();
 
+  // Filing passes (addIMHandle, addPeopleFromArray) index their collections
+  // for as long as the outermost pass runs; nothing else may use the indexes.
+  class FilingPass {
+   public:
+    explicit FilingPass(KibPeopleList& list);
+    ~FilingPass();
+    FilingPass(const FilingPass&) = delete;
+    FilingPass& operator=(const FilingPass&) = delete;
+
+   private:
+    KibPeopleList& _list;
+  };
+  // The collection's index during a filing pass; null outside one.
+  KibPeopleListFilingIndex* filingIndexFor(KibPeopleListGroup* collection);
+  void noteFiledItem(KibPeopleListGroup* collection, const KibPeopleListItemPtr& item);
+  void noteHandleJoined(KibPeopleListGroup* collection, std::size_t position, const platform::IMHandle* handle);
+  void dropFilingIndexes();
+
   KibPeopleListItemClass _customPeopleListItemClass = nullptr;
   platform::DictionaryPtr _groupProperties;
   Items _peopleListItems;
@@ -293,6 +312,9 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // Every item the list observes, so that teardown can stop observing items
   // that left its collections while someone else still holds them.
   std::unordered_map<const KibPeopleListItem*, std::weak_ptr<KibPeopleListItem>> _observedItems;
+
+  int _filingPasses = 0;
+  std::unordered_map<const KibPeopleListGroup*, KibPeopleListFilingIndex> _filingIndexes;
 };
 
 }  // namespace kib
