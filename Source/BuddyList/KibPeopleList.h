@@ -276,6 +276,7 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   void noteFiledItem(KibPeopleListGroup* collection, const KibPeopleListItemPtr& item);
   void noteHandleJoined(KibPeopleListGroup* collection, std::size_t position, const platform::IMHandle* handle);
   void dropFilingIndexes();
+  const std::vector<std::optional<std::string>>& foldedSearchTerms() const;
 
   KibPeopleListItemClass _customPeopleListItemClass = nullptr;
   platform::DictionaryPtr _groupProperties;
@@ -312,6 +313,10 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // Every item the list observes, so that teardown can stop observing items
   // that left its collections while someone else still holds them.
   std::unordered_map<const KibPeopleListItem*, std::weak_ptr<KibPeopleListItem>> _observedItems;
+
+  mutable std::vector<std::optional<std::string>> _foldedSearchTerms;
+  mutable std::string _foldedSearchTermsText;
+  mutable bool _foldedSearchTermsValid = false;
 
   int _filingPasses = 0;
   std::unordered_map<const KibPeopleListGroup*, KibPeopleListFilingIndex> _filingIndexes;

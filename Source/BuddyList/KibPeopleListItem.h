@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Source/BuddyList/KibBuddyListPresence.h"
+#include "Source/BuddyList/KibItemSearchCache.h"
 #include "Source/BuddyList/KibItemSortCache.h"
 #include "platform/core/Date.h"
 #include "platform/core/Dictionary.h"
@@ -126,6 +127,7 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
 
   // Kept for the list's sorter; no behaviour of the item depends on it.
   KibItemSortCache& sortCache() const { return _sortCache; }
+  KibItemSearchCache& searchCache() const { return _searchCache; }
 
  protected:
   // Presence handlers, by selector.
@@ -177,6 +179,7 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   bool _inTransition = false;
   bool _isGroup = false;
   mutable KibItemSortCache _sortCache;
+  mutable KibItemSearchCache _searchCache;
 };
 
 }  // namespace kib

@@ -207,6 +207,7 @@ void IMHandle::setEmails(std::vector<std::string> emails) {
 void IMHandle::setOtherServiceIDs(std::map<std::string, std::string> ids) {
   if (ids == otherServiceIDs_) return;
   otherServiceIDs_ = std::move(ids);
+  ++nameRevision_;
   postDirectNotification(IMHandleExtraPropertiesChangedNotification);
 }
 

@@ -68,8 +68,9 @@ class IMHandle final : public IMDirectlyObservableObject {
   std::string firstName() const;
   std::string lastName() const;
   const std::string& nickname() const { return nickname_; }
-  // Grows with every change of the handle's names or its person's, so that
-  // values derived from the names (sort keys) can tell when to recompute.
+  // Grows with every change of the handle's names, addresses and other IDs or
+  // its person's, so that values derived from them (sort keys, folded search
+  // texts) can tell when to recompute.
   std::uint64_t nameRevision() const { return nameRevision_; }
   // The handle's own addresses, else its person's.
   std::vector<std::string> emails() const;
