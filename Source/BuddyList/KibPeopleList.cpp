@@ -188,7 +188,10 @@ void KibPeopleList::_resortNow() {
   if (!_items.empty()) {
     // Sorted as std::stable_sort with the item comparator sorts them (ties
     // keep the rebuild's order), only faster.
-    _sorter.sort(_items, _previousItems, KibSortParameters());
+    if (_usesReferenceAlgorithms)
+      KibPeopleListSorter::referenceSort(_items, KibSortParameters());
+    else
+      _sorter.sort(_items, _previousItems, KibSortParameters());
     _previousItems.clear();
     if (willLog()) platform::IMAlwaysLog("Items after sort: %@", _items);
     _postResortNotification();
@@ -217,7 +220,10 @@ void KibPeopleList::_unobservePeopleListItem(const KibPeopleListItemPtr& item) {
 }
 
 void KibPeopleList::forgetDeadObservedItems() {
+  // Only teardown reads the map; pruning it once it has doubled keeps the cost per rebuild constant.
+  if (_observedItems.size() < 2 * _observedItemsAfterPruning + 64) return;
   std::erase_if(_observedItems, [](const auto& entry) { return entry.second.expired(); });
+  _observedItemsAfterPruning = _observedItems.size();
 }
 
 void KibPeopleList::objectDidPostDirectNotification(const platform::NotificationPtr& notification) {

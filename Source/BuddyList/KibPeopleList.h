@@ -131,6 +131,10 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   const Items& items() const { return _items; }
   // How the last resort sorted (for tests of the fast paths).
   KibPeopleListSorter::Method lastSortMethod() const { return _sorter.lastMethod(); }
+  // Files, searches and sorts the straightforward way (every item asked, every
+  // text folded anew, the item comparator alone): the reference that tests
+  // hold the fast paths to.
+  void setUsesReferenceAlgorithms(bool uses) { _usesReferenceAlgorithms = uses; }
   // The flat list.
   const Items& peopleListItems() const { return _peopleListItems; }
   // The ordinary groups, in the order they were added.
@@ -274,7 +278,6 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // The collection's index during a filing pass; null outside one.
   KibPeopleListFilingIndex* filingIndexFor(KibPeopleListGroup* collection);
   void noteFiledItem(KibPeopleListGroup* collection, const KibPeopleListItemPtr& item);
-  void noteHandleJoined(KibPeopleListGroup* collection, std::size_t position, const platform::IMHandle* handle);
   void dropFilingIndexes();
   const std::vector<std::optional<std::string>>& foldedSearchTerms() const;
 
@@ -313,11 +316,13 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // Every item the list observes, so that teardown can stop observing items
   // that left its collections while someone else still holds them.
   std::unordered_map<const KibPeopleListItem*, std::weak_ptr<KibPeopleListItem>> _observedItems;
+  std::size_t _observedItemsAfterPruning = 0;
 
   mutable std::vector<std::optional<std::string>> _foldedSearchTerms;
   mutable std::string _foldedSearchTermsText;
   mutable bool _foldedSearchTermsValid = false;
 
+  bool _usesReferenceAlgorithms = false;
   int _filingPasses = 0;
   std::unordered_map<const KibPeopleListGroup*, KibPeopleListFilingIndex> _filingIndexes;
 };

@@ -132,14 +132,9 @@ KibPeopleList::FilingPass::~FilingPass() {
 
 void KibPeopleList::dropFilingIndexes() { _filingIndexes.clear(); }
 
-void KibPeopleList::noteHandleJoined(KibPeopleListGroup* collection, std::size_t position,
-                                     const platform::IMHandle* handle) {
-  auto found = _filingIndexes.find(collection);
-  if (found != _filingIndexes.end()) found->second.noteHandleJoined(position, handle);
-}
 
 KibPeopleListFilingIndex* KibPeopleList::filingIndexFor(KibPeopleListGroup* collection) {
-  if (_filingPasses <= 0) return nullptr;
+  if (_filingPasses <= 0 || _usesReferenceAlgorithms) return nullptr;
   std::size_t size = collection ? collection->numberOfMembers() : _peopleListItems.size();
   auto found = _filingIndexes.find(collection);
   // A collection that changed other than through the filing is indexed again.
@@ -165,16 +160,17 @@ bool KibPeopleList::_addIMHandleToCollectionUsingOrphanItems(const platform::IMH
   // Offering a handle to an item that cannot take it changes nothing, so only
   // the items the index names are asked, in the same order.
   KibPeopleListFilingIndex* index = filingIndexFor(collection);
-  std::vector<KibPeopleListFilingIndex::Candidate> indexed;
-  Items everyItem;
-  if (index)
-    indexed = index->candidatesFor(*handle);
-  else
-    everyItem = collection ? collection->members() : _peopleListItems;
-  const std::size_t count = index ? indexed.size() : everyItem.size();
+  // Copies: offering a handle may reach observers that file more.
+  Items candidates;
+  std::vector<std::size_t> positions;
+  if (index) {
+    positions = index->candidatesFor(*handle);
+    for (std::size_t position : positions) candidates.push_back(index->item(position));
+  } else {
+    candidates = collection ? collection->members() : _peopleListItems;
+  }
   bool filed = false;
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto& item = index ? indexed[i].item : everyItem[i];
+  for (const auto& item : candidates) {
     const auto& presence = item->buddyListPresence();
     if (!presence) continue;
     if (presence->containsIMHandle(handle)) {
@@ -182,7 +178,6 @@ bool KibPeopleList::_addIMHandleToCollectionUsingOrphanItems(const platform::IMH
       filed = true;
     } else if (presence->addIMHandle(handle)) {
       filed = true;  // and it may join further items of the collection
-      if (index) noteHandleJoined(collection, indexed[i].position, handle.get());
     }
   }
   if (filed) return true;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -15,10 +16,11 @@ namespace kib {
 // to every item. An item's presence takes a handle only when it already holds
 // it, when its person filter is the handle's person, or, without a person
 // filter, when its handles have the handle's ID (or it has none yet); the
-// index keeps the items under exactly these keys.
+// index keeps the items under exactly these keys. A held handle that no
+// longer fits its item's key (its person changed since) is kept by itself.
 //
 // It describes the collection as it was indexed plus what the filing told it
-// since (addItem, noteHandleJoined); whoever changes the collection otherwise
+// since (addItem); whoever changes the collection otherwise
 // must drop it.
 class KibPeopleListFilingIndex {
  public:
@@ -30,26 +32,37 @@ class KibPeopleListFilingIndex {
   std::size_t size() const { return _items.size(); }
   // An item appended to the collection.
   void addItem(const KibPeopleListItemPtr& item);
-  // The handle joined the item's presence.
-  void noteHandleJoined(std::size_t position, const platform::IMHandle* handle);
 
-  // The items that hold the handle or might accept it, in collection order,
-  // with their positions in the collection.
-  struct Candidate {
-    std::size_t position;
-    KibPeopleListItemPtr item;
-  };
-  std::vector<Candidate> candidatesFor(const platform::IMHandle& handle) const;
+  // The positions of the items that hold the handle or might accept it, in
+  // collection order; valid until the next call.
+  const std::vector<std::size_t>& candidatesFor(const platform::IMHandle& handle);
+  const KibPeopleListItemPtr& item(std::size_t position) const { return _items[position]; }
 
  private:
-  static std::string personKey(const platform::IMPerson* person);
-  static std::string IDKey(const std::string& ID);
+  struct StringHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+  };
+  // The positions under one key, first to last, chained through _next.
+  struct Chain {
+    std::size_t first;
+    std::size_t last;
+  };
+  template <class Map, class Key>
+  void append(Map& map, const Key& key, std::size_t position);
+  template <class Map, class Key>
+  void collect(const Map& map, const Key& key);
 
   Items _items;
-  std::unordered_map<std::string, std::vector<std::size_t>> _byKey;
-  std::unordered_map<const platform::IMHandle*, std::vector<std::size_t>> _byHandle;
-  // Items whose presence would take any handle of the right ID: none held yet.
+  std::vector<std::size_t> _next;
+  std::unordered_map<std::string, Chain, StringHash, std::equal_to<>> _byPersonID;
+  std::unordered_map<const platform::IMPerson*, Chain> _byPersonObject;
+  std::unordered_map<std::string, Chain, StringHash, std::equal_to<>> _byID;
+  // Handles held by an item whose key they do not fit.
+  std::unordered_multimap<const platform::IMHandle*, std::size_t> _strayHandles;
+  // Items whose presence would take any handle: none held yet.
   std::vector<std::size_t> _anyHandle;
+  std::vector<std::size_t> _candidates;
 };
 
 }  // namespace kib

@@ -38,9 +38,10 @@ bool willLog() { return platform::IMWillLog(kKibPeopleListLogCategory); }
 // until what they were read from changes.
 class SearchFields {
  public:
-  SearchFields(const KibPeopleListItem& item, const KibBuddyListPresence* presence) : cache_(item.searchCache()) {
+  SearchFields(const KibPeopleListItem& item, const KibBuddyListPresence* presence, bool keep)
+      : cache_(item.searchCache()) {
     KibItemSearchCache::Stamp stamp = stampOf(item, presence);
-    if (cache_.valid && cache_.stamp == stamp) return;
+    if (keep && cache_.valid && cache_.stamp == stamp) return;
     cache_.stamp = std::move(stamp);
     cache_.texts.clear();
     cache_.folded.clear();
@@ -251,7 +252,7 @@ bool KibPeopleList::_allowPeopleListItemInCurrentSearch(const KibPeopleListItemP
   std::optional<SearchFields> fields;
   for (const auto& term : terms) {
     if (!term) continue;  // a blank part matches by itself
-    if (!fields) fields.emplace(*item, presence);
+    if (!fields) fields.emplace(*item, presence, !_usesReferenceAlgorithms);
     if (!fields->contain(*term)) return false;
   }
   return true;
@@ -261,7 +262,8 @@ bool KibPeopleList::_allowPeopleListItemInCurrentSearch(const KibPeopleListItemP
 // once per text rather than once per item.
 const std::vector<std::optional<std::string>>& KibPeopleList::foldedSearchTerms() const {
   const std::string text = _searchString ? _searchString->value() : std::string();
-  if (_foldedSearchTermsValid && _foldedSearchTermsText == text) return _foldedSearchTerms;
+  if (!_usesReferenceAlgorithms && _foldedSearchTermsValid && _foldedSearchTermsText == text)
+    return _foldedSearchTerms;
   _foldedSearchTerms.clear();
   for (const auto& part : TextServices::componentsSeparatedByWhitespace(text)) {
     auto trimmed = TextServices::trimWhitespace(part);

@@ -6,7 +6,6 @@
 #include "Source/BuddyList/KibNotifications.h"
 #include "platform/core/Log.h"
 #include "platform/core/TextServices.h"
-#include "platform/im/IMConstants.h"
 #include "platform/im/IMHandle.h"
 #include "platform/im/IMHandleRegistrar.h"
 
@@ -30,24 +29,6 @@ int compareBytes(const std::string& a, const std::string& b) {
 const platform::IMHandle* handleOf(const KibPeopleListItem& item) {
   const auto& presence = item.buddyListPresence();
   return presence ? presence->mostAvailableIMHandle().get() : nullptr;
-}
-
-// The names compareFirstNames / compareLastNames / compareIDs compare.
-void makeKeys(const platform::IMHandle& handle, std::uint32_t nameStyle, KibItemSortCache& cache) {
-  using platform::TextServices;
-  if (nameStyle == platform::kIMNameStyleScreenName) {
-    cache.firstKey = TextServices::localizedSortKey(handle.normalizedID());
-    cache.secondKey.clear();
-    return;
-  }
-  auto first = handle.firstName(), last = handle.lastName();
-  if (first.empty() || last.empty()) {
-    auto name = handle.name();
-    if (first.empty()) first = name;
-    if (last.empty()) last = std::move(name);
-  }
-  cache.firstKey = TextServices::localizedSortKey(first);
-  cache.secondKey = TextServices::localizedSortKey(last);
 }
 
 }  // namespace
@@ -75,54 +56,54 @@ void KibPeopleListSorter::sort(Items& items, const Items& previous, const KibSor
     return;
   }
   _parameters = parameters;
+  // The language and the name style are read once per sort; the handles' keys follow them.
   _collationGeneration = platform::TextServices::refreshCollationLanguage();
   _nameStyle = platform::IMHandleRegistrar::sharedInstance()->nameStyle();
   _groupOrder.clear();
   const std::uint64_t lastSort = _sortNumber++;
 
-  std::vector<Entry> entries;
-  entries.reserve(items.size());
-  std::vector<std::uint32_t> changed;
+  _entries.clear();
+  _entries.reserve(items.size());
+  _changed.clear();
   bool oneGroupOfPersons = true;
   for (std::uint32_t index = 0; index < items.size(); ++index) {
     bool keysChanged = false;
-    entries.push_back(entryFor(items[index], index, &keysChanged));
-    const Entry& entry = entries.back();
-    oneGroupOfPersons = oneGroupOfPersons && !entry.isGroup && entry.group == entries.front().group;
+    _entries.push_back(entryFor(items[index], index, &keysChanged));
+    const Entry& entry = _entries.back();
+    oneGroupOfPersons = oneGroupOfPersons && !entry.isGroup && entry.group == _entries.front().group;
     auto& cache = entry.item->sortCache();
     cache.seenInSort = _sortNumber;
+    cache.indexInSort = index;
     if (cache.placedInSort == lastSort && cache.placedRank == entry.rank && !keysChanged)
       cache.unchangedInSort = _sortNumber;
     else
-      changed.push_back(index);
+      _changed.push_back(index);
   }
 
-  bool placed = _lastWasStrict && oneGroupOfPersons && lastSort != 0 && changed.size() <= kMostRowsToPlace &&
-                placeChanged(items, previous, entries, changed);
+  bool placed = _lastWasStrict && oneGroupOfPersons && lastSort != 0 && _changed.size() <= kMostRowsToPlace &&
+                placeChanged(items, previous);
   if (placed) {
     _lastMethod = Method::Incremental;
     return;
   }
-  fullSort(items, entries, oneGroupOfPersons);
+  fullSort(items, oneGroupOfPersons);
   _lastMethod = Method::Full;
 }
 
 KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItemPtr& item, std::uint32_t index,
                                                          bool* keysChanged) {
-  Entry entry{item.get(), item->peopleListGroup(), &item->sortCache(), nullptr, 0, item->isGroup(), index};
+  Entry entry{item.get(), item->peopleListGroup(), nullptr, nullptr, nullptr, 0, item->isGroup(), index};
   if (entry.isGroup) return entry;
   const platform::IMHandle* handle = handleOf(*item);
   entry.handle = handle;
   entry.rank = platform::IMPersonStatusAvailabilityRank(item->effectiveStatus());
+  const auto& keys = handle->nameSortKeys(_collationGeneration, _nameStyle);
+  entry.first = &keys.first;
+  entry.last = &keys.last;
   auto& cache = item->sortCache();
-  if (!cache.hasKeys || cache.handle != handle || cache.nameRevision != handle->nameRevision() ||
-      cache.collationGeneration != _collationGeneration || cache.nameStyle != _nameStyle) {
-    makeKeys(*handle, _nameStyle, cache);
+  if (cache.handle != handle || cache.keysVersion != keys.version) {
     cache.handle = handle;
-    cache.nameRevision = handle->nameRevision();
-    cache.collationGeneration = _collationGeneration;
-    cache.nameStyle = _nameStyle;
-    cache.hasKeys = true;
+    cache.keysVersion = keys.version;
     *keysChanged = true;
   }
   return entry;
@@ -134,8 +115,8 @@ std::int64_t KibPeopleListSorter::compare(const Entry& a, const Entry& b) {
   if (b.isGroup) return 1;
   // Status (more available first), first names, last names, handle address.
   if (a.rank != b.rank) return a.rank > b.rank ? -1 : 1;
-  if (int first = compareBytes(a.cache->firstKey, b.cache->firstKey)) return first;
-  if (int second = compareBytes(a.cache->secondKey, b.cache->secondKey)) return second;
+  if (int first = compareBytes(*a.first, *b.first)) return first;
+  if (int second = compareBytes(*a.last, *b.last)) return second;
   if (a.handle == b.handle) return 0;
   return std::less<const void*>()(a.handle, b.handle) ? -1 : 1;
 }
@@ -152,50 +133,48 @@ std::int64_t KibPeopleListSorter::compareAcrossGroups(const Entry& a, const Entr
   return result;
 }
 
-void KibPeopleListSorter::fullSort(Items& items, std::vector<Entry>& entries, bool oneGroupOfPersons) {
-  std::stable_sort(entries.begin(), entries.end(), [this](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
-  Items sorted;
-  sorted.reserve(items.size());
-  for (const auto& entry : entries) sorted.push_back(std::move(items[entry.index]));
-  items = std::move(sorted);
+void KibPeopleListSorter::fullSort(Items& items, bool oneGroupOfPersons) {
+  std::stable_sort(_entries.begin(), _entries.end(),
+                   [this](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
+  _result.clear();
+  _result.reserve(items.size());
+  for (const auto& entry : _entries) _result.push_back(std::move(items[entry.index]));
+  items.swap(_result);
+  _result.clear();
 
   _lastWasStrict = oneGroupOfPersons;
-  for (std::size_t i = 1; i < entries.size() && _lastWasStrict; ++i)
-    _lastWasStrict = compare(entries[i - 1], entries[i]) != 0;
-  notePlaced(entries);
+  for (std::size_t i = 1; i < _entries.size() && _lastWasStrict; ++i)
+    _lastWasStrict = compare(_entries[i - 1], _entries[i]) != 0;
+  notePlaced(_entries);
 }
 
-bool KibPeopleListSorter::placeChanged(Items& items, const Items& previous, std::vector<Entry>& entries,
-                                       const std::vector<std::uint32_t>& changed) {
-  Items result;
-  result.reserve(items.size());
-  std::vector<Entry> placed;
-  placed.reserve(items.size());
+bool KibPeopleListSorter::placeChanged(Items& items, const Items& previous) {
   // The rows that kept their keys keep their order.
+  _placed.clear();
   for (const auto& item : previous) {
     if (!item) continue;
     auto& cache = item->sortCache();
     // Seen now and unchanged, and only once.
     if (cache.seenInSort != _sortNumber || cache.unchangedInSort != _sortNumber) continue;
     cache.unchangedInSort = 0;
-    result.push_back(item);
-    placed.push_back(Entry{item.get(), item->peopleListGroup(), &cache, handleOf(*item),
-                           cache.placedRank, false, 0});
+    _placed.push_back(_entries[cache.indexInSort]);
   }
-  if (result.size() + changed.size() != items.size()) return false;
+  if (_placed.size() + _changed.size() != items.size()) return false;
 
-  for (std::uint32_t index : changed) {
-    const Entry& entry = entries[index];
-    auto at = std::lower_bound(placed.begin(), placed.end(), entry,
+  for (std::uint32_t index : _changed) {
+    const Entry& entry = _entries[index];
+    auto at = std::lower_bound(_placed.begin(), _placed.end(), entry,
                                [this](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
     // A tie would make the order depend on the rebuild's: leave it to the full sort.
-    if (at != placed.end() && compare(entry, *at) == 0) return false;
-    auto offset = at - placed.begin();
-    placed.insert(at, entry);
-    result.insert(result.begin() + offset, items[index]);
+    if (at != _placed.end() && compare(entry, *at) == 0) return false;
+    _placed.insert(at, entry);
   }
-  items = std::move(result);
-  notePlaced(placed);
+  _result.clear();
+  _result.reserve(items.size());
+  for (const auto& entry : _placed) _result.push_back(std::move(items[entry.index]));
+  items.swap(_result);
+  _result.clear();
+  notePlaced(_placed);
   return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -15,7 +16,7 @@ class KibPeopleListGroup;
 // Sorts the people list's displayed array into exactly the order that
 // std::stable_sort with KibPeopleListItem::compareWithKibSortParameters gives,
 // for less: the collation keys of every name are made once and kept on the
-// item until the name changes, persons compare by status rank, key bytes and
+// handle until the name changes, persons compare by status rank, key bytes and
 // handle address without touching a shared_ptr, and comparisons of two
 // different groups are asked of the item comparator once per pair of groups.
 //
@@ -43,7 +44,8 @@ class KibPeopleListSorter {
   struct Entry {
     KibPeopleListItem* item;
     const KibPeopleListGroup* group;
-    const KibItemSortCache* cache;
+    const std::string* first;  // the handle's name keys
+    const std::string* last;
     const void* handle;
     int rank;
     bool isGroup;
@@ -55,14 +57,18 @@ class KibPeopleListSorter {
   Entry entryFor(const KibPeopleListItemPtr& item, std::uint32_t index, bool* keysChanged);
   std::int64_t compare(const Entry& a, const Entry& b);
   std::int64_t compareAcrossGroups(const Entry& a, const Entry& b);
-  void fullSort(Items& items, std::vector<Entry>& entries, bool oneGroupOfPersons);
-  bool placeChanged(Items& items, const Items& previous, std::vector<Entry>& entries,
-                    const std::vector<std::uint32_t>& changed);
+  void fullSort(Items& items, bool oneGroupOfPersons);
+  bool placeChanged(Items& items, const Items& previous);
   void notePlaced(const std::vector<Entry>& entries);
 
   KibSortParameters _parameters;
   std::uint64_t _collationGeneration = 0;
   std::uint32_t _nameStyle = 0;
+  // Kept between sorts so that their memory is reused.
+  std::vector<Entry> _entries;
+  std::vector<Entry> _placed;
+  std::vector<std::uint32_t> _changed;
+  Items _result;
   std::uint64_t _sortNumber = 0;
   // The last result was a strict order of persons of one group, made by this sorter.
   bool _lastWasStrict = false;

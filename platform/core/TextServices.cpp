@@ -255,6 +255,12 @@ std::uint64_t TextServices::refreshCollationLanguage() {
   return collatorCache().generation;
 }
 
+std::uint64_t TextServices::collationGeneration() {
+  CachedCollator& cache = collatorCache();
+  if (!cache.resolved) collatorFor(Bundle::preferredLanguage());
+  return cache.generation;
+}
+
 int TextServices::caseInsensitiveCompare(std::string_view a, std::string_view b) {
   if (isASCII(a) && isASCII(b)) {
     for (std::size_t i = 0; i < a.size() && i < b.size(); ++i) {

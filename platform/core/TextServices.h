@@ -54,6 +54,8 @@ class TextServices {
   // Resolves the preferred language again and answers the collation's
   // generation, which changes exactly when the language (and so every key) does.
   static std::uint64_t refreshCollationLanguage();
+  // The generation now, without resolving the language again.
+  static std::uint64_t collationGeneration();
   // Case-insensitive comparison by folded code points (−1, 0, 1).
   static int caseInsensitiveCompare(std::string_view a, std::string_view b);
   // Plain comparison by code points (−1, 0, 1).
