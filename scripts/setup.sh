@@ -2,6 +2,8 @@
 # Installs the Debian packages the project builds with, when any is missing.
 set -euo pipefail
 packages=(g++ cmake make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libicu-dev nlohmann-json3-dev tmux python3)
+# scripts/bench.sh only: /usr/bin/time for CPU and peak memory, pgrep.
+packages+=(time procps)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
