@@ -1,95 +1,174 @@
-// The people list as the status menu uses it: a flat list of about 2,000
-// people over three services. A resort rebuilds and sorts the whole displayed
-// array; a search rebuilds it through the search match.
+// The people list at scale: refills, one buddy's status change, the burst of
+// transitions that end together, search and memory. Every row reports its CPU
+// time and its ratio to a bare std::sort of as many rows with the same ICU
+// collation, measured in the same run (BenchSupport.h).
 #include <benchmark/benchmark.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
 #include "Source/BuddyList/KibPeopleList.h"
-#include "platform/core/Format.h"
+#include "bench/BenchSupport.h"
+#include "platform/core/RunLoop.h"
 #include "platform/core/String.h"
-#include "platform/im/IMAccount.h"
-#include "platform/im/IMConstants.h"
-#include "platform/im/IMHandle.h"
-#include "platform/im/IMPerson.h"
-#include "platform/im/IMService.h"
-#include "bench/SampleNames.h"
 
 namespace {
 
-constexpr std::size_t kPeopleCount = 2000;
+using kibbench::threadCPUSeconds;
 
-struct World {
-  std::vector<platform::IMAccountPtr> accounts;
-  std::vector<platform::IMHandlePtr> handles;
-};
-
-// Every person on one account; one in four also on a second one; statuses spread over the scale.
-World makeWorld() {
-  World world;
-  for (const char* name : {"AIM", "Jabber"}) {
-    auto service = platform::IMService::make(name, name, name);
-    platform::IMService::registerService(service);
-    auto account = platform::IMAccount::make(service, platform::format("me@%s", name));
-    account->setCapabilities(platform::kIMAccountCapabilityBuddyList);
-    world.accounts.push_back(account);
-  }
-  const auto& first = kibbench::sampleFirstNames();
-  const auto& last = kibbench::sampleLastNames();
-  std::mt19937 random(20240601);
-  std::uniform_int_distribution<std::size_t> pick(0, first.size() - 1);
-  std::uniform_int_distribution<platform::IMPersonStatus> status(platform::kIMPersonStatusOffline,
-                                                                 platform::kIMPersonStatusAvailable);
-  for (std::size_t i = 0; i < kPeopleCount; ++i) {
-    auto person = platform::IMPerson::make(platform::format("p%lu", i), first[pick(random)], last[pick(random)]);
-    auto handle = platform::IMHandle::make(world.accounts[0], platform::format("buddy%lu", i), person);
-    handle->updateStatus(status(random), "");
-    world.handles.push_back(handle);
-    if (i % 4 == 0) {
-      auto other = platform::IMHandle::make(world.accounts[1], platform::format("buddy%lu@jabber", i), person);
-      other->updateStatus(status(random), "");
-      world.handles.push_back(other);
-    }
-  }
-  return world;
+// The status menu's configuration: flat, only available people.
+void showOnlyAvailable(kib::KibPeopleList& list) {
+  list.setShowsOfflinePeople(false);
+  list.setShowsIdlePeople(false);
+  list.setShowsAwayPeople(false);
+  list.setShowsUnknownPeople(false);
+  list.setShowsNoStatusPeople(false);
 }
 
-kib::KibPeopleListPtr makeList(const World& world) {
+void refill(kib::KibPeopleList& list, const kibbench::World& world) {
+  list.beginChanges();
+  list.removeAllIMHandlesAndGroups(true);
+  list.addPeopleFromArraySkipMe(world.handles, true);
+  list.endChanges();
+}
+
+kib::KibPeopleListPtr makeList(const kibbench::World& world, bool menu) {
   auto list = kib::KibPeopleList::init();
-  list->beginChanges();
-  list->addPeopleFromArraySkipMe(world.handles, true);
-  list->endChanges();
+  if (menu) showOnlyAvailable(*list);
+  refill(*list, world);
   return list;
 }
 
-void BM_ResortFlatList(benchmark::State& state) {
-  auto world = makeWorld();
-  auto list = makeList(world);
+void BM_BareCollationSort(benchmark::State& state) {
+  auto rows = static_cast<std::size_t>(state.range(0));
+  for (auto _ : state) state.SetIterationTime(kibbench::bareSortSeconds(rows));
+  kibbench::reportRatio(state, {kibbench::bareSortSeconds(rows)}, rows);
+}
+BENCHMARK(BM_BareCollationSort)->Arg(10000)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// beginChanges, remove all, add all, endChanges. Args: handles, menu configuration.
+void BM_Refill(benchmark::State& state) {
+  auto handles = static_cast<std::size_t>(state.range(0));
+  bool menu = state.range(1) != 0;
+  auto world = kibbench::makeWorld(handles);
+  auto list = makeList(world, menu);
+  std::vector<double> seconds;
   for (auto _ : state) {
-    list->resort();
-    benchmark::DoNotOptimize(list->items().data());
+    double start = threadCPUSeconds();
+    refill(*list, world);
+    seconds.push_back(threadCPUSeconds() - start);
+    state.SetIterationTime(seconds.back());
   }
   state.counters["items"] = static_cast<double>(list->items().size());
-  platform::IMService::removeAllServices();
+  kibbench::reportRatio(state, seconds, handles);
+  list.reset();
+  platform::IMResetMessagingWorld();
 }
-BENCHMARK(BM_ResortFlatList)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Refill)
+    ->Args({2500, 0})
+    ->Args({5000, 0})
+    ->Args({10000, 0})
+    ->Args({20000, 0})
+    ->Args({40000, 0})
+    ->Args({10000, 1})
+    ->UseManualTime()
+    ->MinTime(0.5)
+    ->Unit(benchmark::kMillisecond);
 
-void BM_SearchFlatList(benchmark::State& state) {
-  auto world = makeWorld();
-  auto list = makeList(world);
-  // Two terms, one accented: every person is tried, most fail on the first.
-  auto text = platform::makeString("rene mull");
+// One buddy goes from available to away or back; the list resorts and posts
+// its update before updateStatus returns. Args: handles, menu configuration.
+void BM_StatusChange(benchmark::State& state) {
+  auto handles = static_cast<std::size_t>(state.range(0));
+  bool menu = state.range(1) != 0;
+  auto world = kibbench::makeWorld(handles);
+  for (const auto& handle : world.handles) handle->updateStatus(platform::kIMPersonStatusAvailable, "");
+  auto list = makeList(world, menu);
+  std::vector<double> seconds;
+  std::size_t next = 0;
   for (auto _ : state) {
+    const auto& handle = world.handles[(next++ * 7919) % world.handles.size()];
+    auto status = handle->status() == platform::kIMPersonStatusAvailable ? platform::kIMPersonStatusAway
+                                                                         : platform::kIMPersonStatusAvailable;
+    double start = threadCPUSeconds();
+    handle->updateStatus(status, "");
+    seconds.push_back(threadCPUSeconds() - start);
+    state.SetIterationTime(seconds.back());
+  }
+  kibbench::reportRatio(state, seconds, handles);
+  list.reset();
+  platform::IMResetMessagingWorld();
+}
+BENCHMARK(BM_StatusChange)->Args({10000, 0})->Args({10000, 1})->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// A refill of everyone offline, then a thousand people come online at once;
+// their 2.0 s transitions all end at one instant, and each end asks for a
+// resort. Measured: that instant.
+void BM_TransitionBurst(benchmark::State& state) {
+  auto handles = static_cast<std::size_t>(state.range(0));
+  auto comers = static_cast<std::size_t>(state.range(1));
+  std::vector<double> seconds;
+  for (auto _ : state) {
+    auto world = kibbench::makeWorld(handles, 20240601, true);
+    auto list = makeList(world, false);
+    platform::RunLoop::main().reset();
+    for (std::size_t i = 0; i < comers; ++i)
+      world.handles[i * 2 % world.handles.size()]->updateStatus(platform::kIMPersonStatusAvailable, "");
+    auto& clock = kibbench::virtualClock();
+    double end = clock.now() + 2.0;
+    double start = threadCPUSeconds();
+    clock.advanceTo(end);
+    platform::RunLoop::main().runUntil(end);
+    seconds.push_back(threadCPUSeconds() - start);
+    state.SetIterationTime(seconds.back());
+    list.reset();
+  }
+  kibbench::reportRatio(state, seconds, handles);
+  platform::IMResetMessagingWorld();
+}
+BENCHMARK(BM_TransitionBurst)->Args({10000, 1000})->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
+
+// Two words over every item; most people fail on the first.
+void BM_Search(benchmark::State& state) {
+  auto handles = static_cast<std::size_t>(state.range(0));
+  auto world = kibbench::makeWorld(handles);
+  auto list = makeList(world, false);
+  auto text = platform::makeString("rene mull");
+  std::vector<double> seconds;
+  for (auto _ : state) {
+    double start = threadCPUSeconds();
     list->setSearchString(nullptr);
     list->setSearchString(text);
     list->refreshList();
-    benchmark::DoNotOptimize(list->items().data());
+    seconds.push_back(threadCPUSeconds() - start);
+    state.SetIterationTime(seconds.back());
   }
   state.counters["found"] = static_cast<double>(list->items().size());
-  platform::IMService::removeAllServices();
+  kibbench::reportRatio(state, seconds, handles);
+  list.reset();
+  platform::IMResetMessagingWorld();
 }
-BENCHMARK(BM_SearchFlatList)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Search)->Arg(10000)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// Heap bytes per handle: the world's mirror objects and the list's items.
+void BM_MemoryPerHandle(benchmark::State& state) {
+  auto handles = static_cast<std::size_t>(state.range(0));
+  double worldBytes = 0, listBytes = 0;
+  for (auto _ : state) {
+    std::size_t before = kibbench::heapBytesInUse();
+    auto world = kibbench::makeWorld(handles);
+    std::size_t withWorld = kibbench::heapBytesInUse();
+    auto list = makeList(world, false);
+    std::size_t withList = kibbench::heapBytesInUse();
+    worldBytes = static_cast<double>(withWorld - before);
+    listBytes = static_cast<double>(withList - withWorld);
+    state.SetIterationTime(1.0);
+    list.reset();
+    platform::IMResetMessagingWorld();
+  }
+  state.counters["KiB_per_handle"] = (worldBytes + listBytes) / 1024.0 / static_cast<double>(handles);
+  state.counters["list_KiB_per_handle"] = listBytes / 1024.0 / static_cast<double>(handles);
+  state.counters["world_KiB_per_handle"] = worldBytes / 1024.0 / static_cast<double>(handles);
+}
+BENCHMARK(BM_MemoryPerHandle)->Arg(100000)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace

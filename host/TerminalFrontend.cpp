@@ -16,7 +16,10 @@ namespace {
 using Style = TerminalScreen::Style;
 using Color = TerminalScreen::Color;
 
-constexpr double kClockInterval = 0.25;
+// The clock shows seconds: one redraw just after each second turns, and no
+// other wake-up while nothing happens.
+constexpr double kClockInterval = 1.0;
+constexpr double kClockLag = 0.002;
 // Lines of the transcript that change too often to be worth a line on screen.
 const char* const kQuietTypes[] = {"length", "banner-scroll", "daemon-query", "highlight", "step"};
 
@@ -105,6 +108,8 @@ int TerminalFrontend::run(std::ostream& errors) {
   loop.addFileDescriptorSource(signals_->fd(), [this] { readSignals(); });
   clockTimer_ =
       platform::Timer::timerWithTimeInterval(kClockInterval, true, [this](platform::Timer&) { requestRedraw(); });
+  // Repeats follow the planned times, so the first one sets the phase.
+  clockTimer_->setFireDate(std::floor(platform::CFAbsoluteTimeGetCurrent()) + 1.0 + kClockLag);
   loop.addTimer(clockTimer_, platform::kCommonRunLoopModes);
   redraw();
   while (!quit_) loop.runUntil(std::numeric_limits<double>::infinity());

@@ -186,16 +186,17 @@ void KibPeopleList::refreshList() { _refreshContents(); }
 void KibPeopleList::_resortNow() {
   _rebuildItems();
   if (!_items.empty()) {
-    auto parameters = KibSortParameters();
-    // Stable, so that ties keep the rebuild's order; the comparator is not a
-    // strict weak order (a header answers "first" even against itself), and a
-    // merge sort never needs it to be.
-    std::stable_sort(_items.begin(), _items.end(), [&parameters](const auto& a, const auto& b) {
-      return a->compareWithKibSortParameters(*b, &parameters) < 0;
-    });
+    // Sorted as std::stable_sort with the item comparator sorts them (ties
+    // keep the rebuild's order), only faster.
+    if (_usesReferenceAlgorithms)
+      KibPeopleListSorter::referenceSort(_items, KibSortParameters());
+    else
+      _sorter.sort(_items, _previousItems, KibSortParameters());
+    _previousItems.clear();
     if (willLog()) platform::IMAlwaysLog("Items after sort: %@", _items);
     _postResortNotification();
   }
+  _previousItems.clear();
   _pendingResort = false;
 }
 
@@ -219,7 +220,10 @@ void KibPeopleList::_unobservePeopleListItem(const KibPeopleListItemPtr& item) {
 }
 
 void KibPeopleList::forgetDeadObservedItems() {
+  // Only teardown reads the map; pruning it once it has doubled keeps the cost per rebuild constant.
+  if (_observedItems.size() < 2 * _observedItemsAfterPruning + 64) return;
   std::erase_if(_observedItems, [](const auto& entry) { return entry.second.expired(); });
+  _observedItemsAfterPruning = _observedItems.size();
 }
 
 void KibPeopleList::objectDidPostDirectNotification(const platform::NotificationPtr& notification) {

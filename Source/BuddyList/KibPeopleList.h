@@ -10,9 +10,11 @@
 
 #include "Source/BuddyList/KibBuddyListPresence.h"
 #include "Source/BuddyList/KibOfflinePeopleListGroup.h"
+#include "Source/BuddyList/KibPeopleListFilingIndex.h"
 #include "Source/BuddyList/KibPeopleListGroup.h"
 #include "Source/BuddyList/KibPeopleListItem.h"
 #include "Source/BuddyList/KibPeopleListItemDelegate.h"
+#include "Source/BuddyList/KibPeopleListSorter.h"
 #include "Source/BuddyList/KibServicePeopleListGroup.h"
 #include "Source/BuddyList/KibSortParameters.h"
 #include "platform/core/Array.h"
@@ -127,6 +129,12 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // The collections.
   // The displayed array, rebuilt on every resort.
   const Items& items() const { return _items; }
+  // How the last resort sorted (for tests of the fast paths).
+  KibPeopleListSorter::Method lastSortMethod() const { return _sorter.lastMethod(); }
+  // Files, searches and sorts the straightforward way (every item asked, every
+  // text folded anew, the item comparator alone): the reference that tests
+  // hold the fast paths to.
+  void setUsesReferenceAlgorithms(bool uses) { _usesReferenceAlgorithms = uses; }
   // The flat list.
   const Items& peopleListItems() const { return _peopleListItems; }
   // The ordinary groups, in the order they were added.
@@ -255,6 +263,24 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   void fileOfflineCopyOf(const KibPeopleListItemPtr& item);
   void forgetDeadObservedItems();
 
+  // Filing passes (addIMHandle, addPeopleFromArray) index their collections
+  // for as long as the outermost pass runs; nothing else may use the indexes.
+  class FilingPass {
+   public:
+    explicit FilingPass(KibPeopleList& list);
+    ~FilingPass();
+    FilingPass(const FilingPass&) = delete;
+    FilingPass& operator=(const FilingPass&) = delete;
+
+   private:
+    KibPeopleList& _list;
+  };
+  // The collection's index during a filing pass; null outside one.
+  KibPeopleListFilingIndex* filingIndexFor(KibPeopleListGroup* collection);
+  void noteFiledItem(KibPeopleListGroup* collection, const KibPeopleListItemPtr& item);
+  void dropFilingIndexes();
+  const std::vector<std::optional<std::string>>& foldedSearchTerms() const;
+
   KibPeopleListItemClass _customPeopleListItemClass = nullptr;
   platform::DictionaryPtr _groupProperties;
   Items _peopleListItems;
@@ -279,6 +305,9 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   bool _allowsSearching = false;
   bool _inSearchMode = false;
   Items _items;
+  // The displayed array of the last resort while the next one is sorted.
+  Items _previousItems;
+  KibPeopleListSorter _sorter;
   KibOfflinePeopleListGroupPtr _offlineGroup;
   bool _allowsGroupOrdering = false;  // kept; nothing reads it
   bool _pendingResort = false;
@@ -287,6 +316,15 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // Every item the list observes, so that teardown can stop observing items
   // that left its collections while someone else still holds them.
   std::unordered_map<const KibPeopleListItem*, std::weak_ptr<KibPeopleListItem>> _observedItems;
+  std::size_t _observedItemsAfterPruning = 0;
+
+  mutable std::vector<std::optional<std::string>> _foldedSearchTerms;
+  mutable std::string _foldedSearchTermsText;
+  mutable bool _foldedSearchTermsValid = false;
+
+  bool _usesReferenceAlgorithms = false;
+  int _filingPasses = 0;
+  std::unordered_map<const KibPeopleListGroup*, KibPeopleListFilingIndex> _filingIndexes;
 };
 
 }  // namespace kib

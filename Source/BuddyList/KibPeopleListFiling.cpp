@@ -94,6 +94,7 @@ KibBuddyListPresencePtr KibPeopleList::newPresenceForIMHandle(const platform::IM
 
 void KibPeopleList::addIMHandle(const platform::IMHandlePtr& handle) {
   if (!handle) return;
+  FilingPass pass(*this);
   beginChanges();
   if (_arrangesByGroup) {
     // Smart groups first: one that consumes a handle keeps it from the rest.
@@ -114,6 +115,7 @@ void KibPeopleList::addPeopleFromArray(const Handles& handles) { addPeopleFromAr
 
 void KibPeopleList::addPeopleFromArraySkipMe(const Handles& handles, bool skipMe) {
   if (handles.empty()) return;
+  FilingPass pass(*this);
   beginChanges();
   for (const auto& handle : handles) {
     if (skipMe && handle && handle->isLoginIMHandle()) continue;
@@ -122,9 +124,51 @@ void KibPeopleList::addPeopleFromArraySkipMe(const Handles& handles, bool skipMe
   endChanges();
 }
 
+KibPeopleList::FilingPass::FilingPass(KibPeopleList& list) : _list(list) { ++_list._filingPasses; }
+
+KibPeopleList::FilingPass::~FilingPass() {
+  if (--_list._filingPasses == 0) _list.dropFilingIndexes();
+}
+
+void KibPeopleList::dropFilingIndexes() { _filingIndexes.clear(); }
+
+
+KibPeopleListFilingIndex* KibPeopleList::filingIndexFor(KibPeopleListGroup* collection) {
+  if (_filingPasses <= 0 || _usesReferenceAlgorithms) return nullptr;
+  std::size_t size = collection ? collection->numberOfMembers() : _peopleListItems.size();
+  auto found = _filingIndexes.find(collection);
+  // A collection that changed other than through the filing is indexed again.
+  if (found != _filingIndexes.end() && found->second.size() == size) return &found->second;
+  if (found != _filingIndexes.end()) _filingIndexes.erase(found);
+  auto made = _filingIndexes.emplace(
+      collection, KibPeopleListFilingIndex(collection ? collection->members() : _peopleListItems));
+  return &made.first->second;
+}
+
+void KibPeopleList::noteFiledItem(KibPeopleListGroup* collection, const KibPeopleListItemPtr& item) {
+  auto found = _filingIndexes.find(collection);
+  if (found == _filingIndexes.end()) return;
+  std::size_t size = collection ? collection->numberOfMembers() : _peopleListItems.size();
+  if (found->second.size() + 1 == size)
+    found->second.addItem(item);
+  else
+    _filingIndexes.erase(found);
+}
+
 bool KibPeopleList::_addIMHandleToCollectionUsingOrphanItems(const platform::IMHandlePtr& handle,
                                                              KibPeopleListGroup* collection, Items* orphans) {
-  const Items candidates = collection ? collection->members() : _peopleListItems;
+  // Offering a handle to an item that cannot take it changes nothing, so only
+  // the items the index names are asked, in the same order.
+  KibPeopleListFilingIndex* index = filingIndexFor(collection);
+  // Copies: offering a handle may reach observers that file more.
+  Items candidates;
+  std::vector<std::size_t> positions;
+  if (index) {
+    positions = index->candidatesFor(*handle);
+    for (std::size_t position : positions) candidates.push_back(index->item(position));
+  } else {
+    candidates = collection ? collection->members() : _peopleListItems;
+  }
   bool filed = false;
   for (const auto& item : candidates) {
     const auto& presence = item->buddyListPresence();
@@ -157,6 +201,7 @@ bool KibPeopleList::_addIMHandleToCollectionUsingOrphanItems(const platform::IMH
     collection->addPeopleListItem(item);
   else
     _peopleListItems.push_back(item);
+  noteFiledItem(collection, item);
   _resort();
   endChanges();
   return true;
@@ -195,6 +240,7 @@ void KibPeopleList::removeIMHandleFromGroup(const platform::IMHandlePtr& handle,
 void KibPeopleList::removeIMHandleFromGroups(const platform::IMHandlePtr& handle,
                                              const std::optional<GroupNames>& groupNames) {
   if (!handle) return;
+  dropFilingIndexes();
   beginChanges();
   bool everyGroup = !groupNames || groupNames->empty();
   for (const auto& group : Groups(_peopleListGroups))
@@ -217,6 +263,7 @@ void KibPeopleList::removeIMHandleFromGroups(const platform::IMHandlePtr& handle
 void KibPeopleList::removeAllIMHandles() { removeAllIMHandlesAndGroups(false); }
 
 void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
+  dropFilingIndexes();
   beginChanges();
   for (const auto& item : _peopleListItems) _unobservePeopleListItem(item);
   for (const auto& group : _peopleListGroups) {
@@ -243,6 +290,7 @@ void KibPeopleList::repopulateIMHandle(const platform::IMHandlePtr& handle) {
 
 void KibPeopleList::_repopulateIMHandleFilterGroups(const platform::IMHandlePtr& handle, bool filterGroups) {
   if (!handle) return;
+  dropFilingIndexes();
   beginChanges();
   Items orphans;
   const auto groupNames = handle->groupsArray();
@@ -352,6 +400,7 @@ void KibPeopleList::removeGroup(const std::optional<std::string>& name) {
 }
 
 void KibPeopleList::_removeGroup(const std::string& name) {
+  dropFilingIndexes();
   for (const auto& group : Groups(_peopleListGroups)) {
     if (group->name() != name) continue;
     if (const auto& header = group->peopleListItem()) header->setDelegate(nullptr);

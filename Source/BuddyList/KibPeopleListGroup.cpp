@@ -103,6 +103,11 @@ std::vector<KibPeopleListItemPtr> KibPeopleListGroup::members() const {
   return _members;
 }
 
+std::size_t KibPeopleListGroup::numberOfMembers() const {
+  Lock lock(_lock);
+  return _members.size();
+}
+
 std::vector<KibPeopleListItemPtr> KibPeopleListGroup::visibleMembers() const { return members(); }
 
 std::size_t KibPeopleListGroup::numberOfItems() const { return members().size(); }

@@ -41,6 +41,8 @@ class KibPeopleListGroup : public platform::Object {
   // Members.
   // A snapshot of the members, in order.
   std::vector<KibPeopleListItemPtr> members() const;
+  // members().size(), without the snapshot.
+  std::size_t numberOfMembers() const;
   virtual std::vector<KibPeopleListItemPtr> visibleMembers() const;
   virtual std::size_t numberOfItems() const;
   // Members whose effectiveStatus is online (one fading out after going offline counts).

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "Source/BuddyList/KibBuddyListPresence.h"
+#include "Source/BuddyList/KibItemSearchCache.h"
+#include "Source/BuddyList/KibItemSortCache.h"
 #include "platform/core/Date.h"
 #include "platform/core/Dictionary.h"
 #include "platform/core/Notification.h"
@@ -123,6 +125,10 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   std::string className() const override { return "KibPeopleListItem"; }
   std::string description() const override;
 
+  // Kept for the list's sorter; no behaviour of the item depends on it.
+  KibItemSortCache& sortCache() const { return _sortCache; }
+  KibItemSearchCache& searchCache() const { return _searchCache; }
+
  protected:
   // Presence handlers, by selector.
   void _presenceCapabilitiesChanged(const platform::ObjectPtr& notification);
@@ -172,6 +178,8 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   std::int32_t _minutesIdle = 0;
   bool _inTransition = false;
   bool _isGroup = false;
+  mutable KibItemSortCache _sortCache;
+  mutable KibItemSearchCache _searchCache;
 };
 
 }  // namespace kib

@@ -13,6 +13,7 @@
 #include "platform/core/TextServices.h"
 #include "platform/im/IMAccount.h"
 #include "platform/im/IMHandle.h"
+#include "platform/im/IMHandleRegistrar.h"
 #include "platform/im/IMService.h"
 
 namespace kib {
@@ -32,44 +33,69 @@ constexpr std::uint64_t kSearchableWhileOfflineCapability = 32768;
 
 bool willLog() { return platform::IMWillLog(kKibPeopleListLogCategory); }
 
-// The texts a search term is looked for in, in the order they are tried; each
-// is folded the first time a term reaches it and kept for the next terms.
+// The texts a search term is looked for in, in the order they are tried;
+// each is folded the first time a term reaches it, and the item keeps both
+// until what they were read from changes.
 class SearchFields {
  public:
-  SearchFields(const KibPeopleListItem& item, const KibBuddyListPresence* presence) {
+  SearchFields(const KibPeopleListItem& item, const KibBuddyListPresence* presence, bool keep)
+      : cache_(item.searchCache()) {
+    KibItemSearchCache::Stamp stamp = stampOf(item, presence);
+    if (keep && cache_.valid && cache_.stamp == stamp) return;
+    cache_.stamp = std::move(stamp);
+    cache_.texts.clear();
+    cache_.folded.clear();
+    auto& texts = cache_.texts;
     if (presence)
-      texts_ = {presence->displayName(), presence->statusMessage(), presence->nameOfStatus(),
-                presence->firstName(),   presence->lastName(),      presence->fullName()};
-    texts_.push_back(item.group());
+      texts = {presence->displayName(), presence->statusMessage(), presence->nameOfStatus(),
+               presence->firstName(),   presence->lastName(),      presence->fullName()};
+    texts.push_back(item.group());
     if (presence)
       for (const auto& handle : presence->imHandles()) addHandle(*handle);
-    std::erase_if(texts_, [](const std::string& text) { return text.empty(); });
+    std::erase_if(texts, [](const std::string& text) { return text.empty(); });
+    cache_.valid = true;
   }
 
   bool contain(const std::string& foldedTerm) {
-    for (std::size_t index = 0; index < texts_.size(); ++index) {
-      if (index == folded_.size()) folded_.push_back(TextServices::fold(texts_[index], kSearchOptions));
-      if (TextServices::containsFolded(folded_[index], foldedTerm)) return true;
+    auto& folded = cache_.folded;
+    for (std::size_t index = 0; index < cache_.texts.size(); ++index) {
+      if (index == folded.size()) folded.push_back(TextServices::fold(cache_.texts[index], kSearchOptions));
+      if (TextServices::containsFolded(folded[index], foldedTerm)) return true;
     }
     return false;
   }
 
  private:
-  // A local-network buddy is found by neither its ID, nickname nor unique name.
-  void addHandle(const platform::IMHandle& handle) {
-    auto service = handle.service();
-    if (service != platform::IMService::subnetService()) {
-      texts_.push_back(handle.ID());
-      texts_.push_back(handle.nickname());
-      texts_.push_back(handle.uniqueName());
+  static KibItemSearchCache::Stamp stampOf(const KibPeopleListItem& item, const KibBuddyListPresence* presence) {
+    KibItemSearchCache::Stamp stamp;
+    if (presence) {
+      for (const auto& handle : presence->imHandles()) stamp.handles.emplace_back(handle.get(), handle->nameRevision());
+      if (const auto& best = presence->mostAvailableIMHandle()) {
+        stamp.best = best.get();
+        stamp.status = best->status();
+        stamp.statusMessage = best->statusMessage();
+      }
     }
-    if (service) texts_.push_back(service->name());
-    for (const auto& email : handle.emails()) texts_.push_back(email);
-    for (const auto& [serviceName, ID] : handle.otherServiceIDs()) texts_.push_back(ID);
+    stamp.nameStyle = platform::IMHandleRegistrar::sharedInstance()->nameStyle();
+    stamp.group = item.group();
+    return stamp;
   }
 
-  std::vector<std::string> texts_;
-  std::vector<std::string> folded_;
+  // A local-network buddy is found by neither its ID, nickname nor unique name.
+  void addHandle(const platform::IMHandle& handle) {
+    auto& texts = cache_.texts;
+    auto service = handle.service();
+    if (service != platform::IMService::subnetService()) {
+      texts.push_back(handle.ID());
+      texts.push_back(handle.nickname());
+      texts.push_back(handle.uniqueName());
+    }
+    if (service) texts.push_back(service->name());
+    for (const auto& email : handle.emails()) texts.push_back(email);
+    for (const auto& [serviceName, ID] : handle.otherServiceIDs()) texts.push_back(ID);
+  }
+
+  KibItemSearchCache& cache_;
 };
 
 }  // namespace
@@ -77,6 +103,8 @@ class SearchFields {
 void KibPeopleList::_rebuildItems() {
   if (willLog()) platform::IMAlwaysLog("Rebuild Items");
   for (const auto& item : _items) item->setDelegate(nullptr);
+  // Kept for the sorter, which moves only what changed since.
+  _previousItems = std::move(_items);
   _items.clear();
   _itemsToCleanup.clear();
   forgetDeadObservedItems();
@@ -219,17 +247,34 @@ bool KibPeopleList::_allowPeopleListItemInCurrentSearch(const KibPeopleListItemP
     if (!account || !account->hasCapability(kSearchableWhileOfflineCapability)) return false;
   }
 
-  const std::string text = _searchString ? _searchString->value() : std::string();
-  auto terms = TextServices::componentsSeparatedByWhitespace(text);
+  const auto& terms = foldedSearchTerms();
   if (terms.empty()) return false;
   std::optional<SearchFields> fields;
   for (const auto& term : terms) {
-    auto trimmed = TextServices::trimWhitespace(term);
-    if (trimmed.empty()) continue;
-    if (!fields) fields.emplace(*item, presence);
-    if (!fields->contain(TextServices::fold(trimmed, kSearchOptions))) return false;
+    if (!term) continue;  // a blank part matches by itself
+    if (!fields) fields.emplace(*item, presence, !_usesReferenceAlgorithms);
+    if (!fields->contain(*term)) return false;
   }
   return true;
+}
+
+// The search text's parts, trimmed and folded (none for a blank part), made
+// once per text rather than once per item.
+const std::vector<std::optional<std::string>>& KibPeopleList::foldedSearchTerms() const {
+  const std::string text = _searchString ? _searchString->value() : std::string();
+  if (!_usesReferenceAlgorithms && _foldedSearchTermsValid && _foldedSearchTermsText == text)
+    return _foldedSearchTerms;
+  _foldedSearchTerms.clear();
+  for (const auto& part : TextServices::componentsSeparatedByWhitespace(text)) {
+    auto trimmed = TextServices::trimWhitespace(part);
+    if (trimmed.empty())
+      _foldedSearchTerms.emplace_back(std::nullopt);
+    else
+      _foldedSearchTerms.emplace_back(TextServices::fold(trimmed, kSearchOptions));
+  }
+  _foldedSearchTermsText = text;
+  _foldedSearchTermsValid = true;
+  return _foldedSearchTerms;
 }
 
 void KibPeopleList::setSearchString(const platform::StringPtr& searchString) {

@@ -1,5 +1,6 @@
 #include "platform/core/Log.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -12,6 +13,9 @@ struct LogState {
   std::mutex mutex;
   std::set<std::string> categories;
   bool all = false;
+  // Whether any category is on: asked on hot paths, so the common answer
+  // (nothing is logged) takes neither the lock nor a string.
+  std::atomic<bool> anyEnabled{false};
   Log::Sink sink;
 };
 
@@ -26,6 +30,7 @@ LogState& state() {
 void loadCategories(LogState& s) {
   s.categories.clear();
   s.all = false;
+  s.anyEnabled = false;
   const char* value = std::getenv("KIB_LOG");
   if (!value) return;
   std::stringstream list(value);
@@ -34,6 +39,7 @@ void loadCategories(LogState& s) {
     if (category == "all") s.all = true;
     if (!category.empty()) s.categories.insert(category);
   }
+  s.anyEnabled = s.all || !s.categories.empty();
 }
 
 const char* prefix(Log::Channel channel) {
@@ -58,6 +64,7 @@ struct CategoriesLoader {
 bool Log::isCategoryEnabled(std::string_view category) {
   static CategoriesLoader loader;
   auto& s = state();
+  if (!s.anyEnabled.load(std::memory_order_relaxed)) return false;
   std::lock_guard lock(s.mutex);
   return s.all || s.categories.count(std::string(category)) != 0;
 }
@@ -68,6 +75,7 @@ void Log::setEnabledCategories(std::set<std::string> categories) {
   std::lock_guard lock(s.mutex);
   s.all = categories.count("all") != 0;
   s.categories = std::move(categories);
+  s.anyEnabled = s.all || !s.categories.empty();
 }
 
 void Log::resetCategoriesFromEnvironment() {

@@ -68,7 +68,17 @@ void RunLoop::addTimer(const TimerPtr& timer, RunLoopModes modes) {
 
 void RunLoop::addPerform(std::shared_ptr<Perform> perform) {
   perform->sequence = nextSequence_++;
+  if (perform->target) ++performsByTarget_[perform->target.get()];
   performs_.push_back(std::move(perform));
+  performs_.back()->position = std::prev(performs_.end());
+}
+
+void RunLoop::takeOut(const std::shared_ptr<Perform>& perform) {
+  if (perform->target) {
+    auto count = performsByTarget_.find(perform->target.get());
+    if (count != performsByTarget_.end() && --count->second == 0) performsByTarget_.erase(count);
+  }
+  performs_.erase(perform->position);
 }
 
 void RunLoop::performSelectorAfterDelay(const ObjectPtr& target, std::string selector, const ObjectPtr& argument,
@@ -91,33 +101,33 @@ void RunLoop::performBlock(double delay, RunLoopModes modes, std::function<void(
   addPerform(std::move(perform));
 }
 
-void RunLoop::cancelWhere(const std::function<bool(const Perform&)>& matches) {
+void RunLoop::cancelWhere(const Object* target, const std::function<bool(const Perform&)>& matches) {
+  if (!target || performsByTarget_.find(target) == performsByTarget_.end()) return;
   // Take the cancelled performs out first and let go of their targets after
   // the walk: a target's destructor may cancel performs of its own.
-  std::list<std::shared_ptr<Perform>> cancelled;
+  std::vector<std::shared_ptr<Perform>> cancelled;
   for (auto it = performs_.begin(); it != performs_.end();) {
     auto next = std::next(it);
-    if ((*it)->target && matches(**it)) {
+    if ((*it)->target.get() == target && matches(**it)) {
       (*it)->cancelled = true;
-      cancelled.splice(cancelled.end(), performs_, it);
+      cancelled.push_back(*it);
+      takeOut(*it);
     }
     it = next;
   }
 }
 
 void RunLoop::cancelPreviousPerformRequests(const Object* target) {
-  cancelWhere([&](const Perform& p) { return p.target.get() == target; });
+  cancelWhere(target, [](const Perform&) { return true; });
 }
 
 void RunLoop::cancelPreviousPerformRequests(const Object* target, std::string_view selector) {
-  cancelWhere([&](const Perform& p) { return p.target.get() == target && p.selector == selector; });
+  cancelWhere(target, [&](const Perform& p) { return p.selector == selector; });
 }
 
 void RunLoop::cancelPreviousPerformRequests(const Object* target, std::string_view selector,
                                             const Object* argument) {
-  cancelWhere([&](const Perform& p) {
-    return p.target.get() == target && p.selector == selector && isEqual(p.argument.get(), argument);
-  });
+  cancelWhere(target, [&](const Perform& p) { return p.selector == selector && isEqual(p.argument.get(), argument); });
 }
 
 std::size_t RunLoop::pendingPerformCount(const Object* target, std::string_view selector) const {
@@ -178,7 +188,7 @@ bool RunLoop::runDuePass(RunLoopModes mode) {
   for (auto& work : due) {
     if (work.perform) {
       if (work.perform->cancelled) continue;
-      performs_.remove(work.perform);
+      takeOut(work.perform);
       work.perform->cancelled = true;
       auto perform = work.perform;
       runGuarded("delayed perform", [&] {
@@ -285,6 +295,7 @@ void RunLoop::reset() {
   // may cancel its own performs or invalidate its timers.
   auto performs = std::move(performs_);
   performs_.clear();
+  performsByTarget_.clear();
   for (auto& p : performs) p->cancelled = true;
   auto timers = std::move(timers_);
   timers_.clear();

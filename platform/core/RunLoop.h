@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/core/Object.h"
@@ -93,6 +94,8 @@ class RunLoop {
     ObjectPtr argument;
     std::function<void()> block;
     bool cancelled = false;
+    // Where it waits in performs_, while it waits.
+    std::list<std::shared_ptr<Perform>>::iterator position;
   };
   struct TimerEntry {
     TimerPtr timer;
@@ -107,7 +110,10 @@ class RunLoop {
   };
 
   void addPerform(std::shared_ptr<Perform> perform);
-  void cancelWhere(const std::function<bool(const Perform&)>& matches);
+  // Cancels the target's performs that match; a target with none costs nothing.
+  void cancelWhere(const Object* target, const std::function<bool(const Perform&)>& matches);
+  // Takes a waiting perform out of performs_.
+  void takeOut(const std::shared_ptr<Perform>& perform);
   // Runs the work due now in the mode; answers whether anything ran.
   bool runDuePass(RunLoopModes mode);
   void waitUntil(double time, RunLoopModes mode);
@@ -115,6 +121,8 @@ class RunLoop {
   void ensureWakePipe();
 
   std::list<std::shared_ptr<Perform>> performs_;
+  // How many of the waiting performs aim at each target.
+  std::unordered_map<const Object*, std::size_t> performsByTarget_;
   std::vector<TimerEntry> timers_;
   std::vector<Source> sources_;
   std::uint64_t nextSequence_ = 0;

@@ -107,25 +107,44 @@ icu::UnicodeString foldCaseAndWidth(const icu::UnicodeString& text, unsigned opt
   return normalize(n.nfc, result);
 }
 
-// A collator per thread: ICU collators are not meant to be shared between threads.
+// A collator per thread: ICU collators are not meant to be shared between
+// threads. The generation counts language changes, so cached sort keys can
+// tell whether they are still valid.
 struct CachedCollator {
   std::string language;
   std::unique_ptr<icu::Collator> collator;
+  std::uint64_t generation = 0;
+  bool resolved = false;
 };
 
-icu::Collator* collatorFor(const std::string& language) {
+CachedCollator& collatorCache() {
   thread_local CachedCollator cache;
-  if (cache.collator && cache.language == language) return cache.collator.get();
+  return cache;
+}
+
+icu::Collator* collatorFor(const std::string& language) {
+  CachedCollator& cache = collatorCache();
+  if (cache.resolved && cache.language == language) return cache.collator.get();
   UErrorCode status = U_ZERO_ERROR;
   std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(icu::Locale(language.c_str()), status));
   if (U_FAILURE(status) || !collator) {
     status = U_ZERO_ERROR;
     collator.reset(icu::Collator::createInstance(icu::Locale::getRoot(), status));
   }
-  if (U_FAILURE(status) || !collator) return nullptr;
-  collator->setStrength(icu::Collator::SECONDARY);
-  cache = {language, std::move(collator)};
+  if (U_FAILURE(status)) collator.reset();
+  if (collator) collator->setStrength(icu::Collator::SECONDARY);
+  cache.language = language;
+  cache.collator = std::move(collator);
+  cache.resolved = true;
+  ++cache.generation;
   return cache.collator.get();
+}
+
+// Without a collator: folded code points, as caseInsensitiveCompare orders
+// them (UTF-8 bytes sort in code point order).
+std::string foldedSortKey(std::string_view text) {
+  if (isASCII(text)) return foldASCII(text, kCaseInsensitiveSearch);
+  return toUTF8(toUnicode(text).foldCase(U_FOLD_CASE_DEFAULT));
 }
 
 }  // namespace
@@ -210,6 +229,36 @@ int TextServices::localizedCaseInsensitiveCompare(std::string_view a, std::strin
                                                   icu::StringPiece(b.data(), static_cast<int32_t>(b.size())), status);
   if (U_FAILURE(status)) return caseInsensitiveCompare(a, b);
   return result == UCOL_LESS ? -1 : result == UCOL_GREATER ? 1 : 0;
+}
+
+std::string TextServices::localizedSortKey(std::string_view text) {
+  CachedCollator& cache = collatorCache();
+  icu::Collator* collator = cache.resolved ? cache.collator.get() : collatorFor(Bundle::preferredLanguage());
+  if (!collator) return foldedSortKey(text);
+  icu::UnicodeString unicode = toUnicode(text);
+  std::string key(std::max<std::size_t>(16, 2 * text.size() + 8), '\0');
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    int32_t length = collator->getSortKey(unicode, reinterpret_cast<uint8_t*>(key.data()),
+                                          static_cast<int32_t>(key.size()));
+    if (length <= 0) return foldedSortKey(text);
+    if (static_cast<std::size_t>(length) <= key.size()) {
+      key.resize(static_cast<std::size_t>(length) - 1);  // without the terminating zero byte
+      return key;
+    }
+    key.assign(static_cast<std::size_t>(length), '\0');
+  }
+  return foldedSortKey(text);
+}
+
+std::uint64_t TextServices::refreshCollationLanguage() {
+  collatorFor(Bundle::preferredLanguage());
+  return collatorCache().generation;
+}
+
+std::uint64_t TextServices::collationGeneration() {
+  CachedCollator& cache = collatorCache();
+  if (!cache.resolved) collatorFor(Bundle::preferredLanguage());
+  return cache.generation;
 }
 
 int TextServices::caseInsensitiveCompare(std::string_view a, std::string_view b) {

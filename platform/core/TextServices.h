@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,6 +45,17 @@ class TextServices {
   // preferred language (Bundle::preferredLanguage, the root order when ICU
   // has no data for it) at secondary strength, so case is ignored and accents count.
   static int localizedCaseInsensitiveCompare(std::string_view a, std::string_view b);
+  // Sort keys for the same order, for sorting many names: two keys compare
+  // (as byte strings) as localizedCaseInsensitiveCompare compares the texts.
+  // The language is the one resolved by the last refreshCollationLanguage
+  // (resolved on first use); keys made under different generations must not
+  // be compared with each other.
+  static std::string localizedSortKey(std::string_view text);
+  // Resolves the preferred language again and answers the collation's
+  // generation, which changes exactly when the language (and so every key) does.
+  static std::uint64_t refreshCollationLanguage();
+  // The generation now, without resolving the language again.
+  static std::uint64_t collationGeneration();
   // Case-insensitive comparison by folded code points (−1, 0, 1).
   static int caseInsensitiveCompare(std::string_view a, std::string_view b);
   // Plain comparison by code points (−1, 0, 1).

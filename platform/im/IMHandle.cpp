@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "platform/core/Clock.h"
+#include "platform/core/TextServices.h"
 #include "platform/im/IMAccount.h"
 #include "platform/im/IMConstants.h"
 #include "platform/im/IMHandleRegistrar.h"
@@ -130,6 +131,37 @@ int IMHandle::compareLastNames(const IMHandle* other) const {
   return IMNameCollation::compareNames(mine.empty() ? name() : mine, theirs.empty() ? other->name() : theirs);
 }
 
+const IMHandle::NameSortKeys& IMHandle::nameSortKeys() const {
+  return nameSortKeys(TextServices::collationGeneration(), IMHandleRegistrar::sharedInstance()->nameStyle());
+}
+
+const IMHandle::NameSortKeys& IMHandle::nameSortKeys(std::uint64_t generation, std::uint32_t style) const {
+  auto& keys = nameSortKeys_;
+  if (keys.made && keys.nameRevision == nameRevision_ && keys.collationGeneration == generation &&
+      keys.nameStyle == style)
+    return keys;
+  if (style == kIMNameStyleScreenName) {
+    keys.first = IMNameCollation::sortKey(normalizedID());
+    keys.last.clear();
+  } else {
+    // As compareFirstNames and compareLastNames: the name stands in for a missing one.
+    auto first = firstName(), last = lastName();
+    if (first.empty() || last.empty()) {
+      auto fullName = name();
+      if (first.empty()) first = fullName;
+      if (last.empty()) last = std::move(fullName);
+    }
+    keys.first = IMNameCollation::sortKey(first);
+    keys.last = IMNameCollation::sortKey(last);
+  }
+  keys.nameRevision = nameRevision_;
+  keys.collationGeneration = generation;
+  keys.nameStyle = style;
+  keys.made = true;
+  ++keys.version;
+  return keys;
+}
+
 IMHandlePtr IMHandle::bestIMHandleInArray(const std::vector<IMHandlePtr>& handles) {
   IMHandlePtr best;
   for (const auto& handle : handles) {
@@ -207,6 +239,7 @@ void IMHandle::setEmails(std::vector<std::string> emails) {
 void IMHandle::setOtherServiceIDs(std::map<std::string, std::string> ids) {
   if (ids == otherServiceIDs_) return;
   otherServiceIDs_ = std::move(ids);
+  ++nameRevision_;
   postDirectNotification(IMHandleExtraPropertiesChangedNotification);
 }
 
@@ -259,6 +292,7 @@ std::string IMHandle::description() const {
 }
 
 void IMHandle::postInfoChanged() {
+  ++nameRevision_;
   postDirectNotification(IMHandleInfoChangedNotification);
   IMService::notificationCenter().postNotificationName(IMPersonInfoChangedNotification, weak_from_this().lock());
 }

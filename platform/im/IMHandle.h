@@ -68,6 +68,10 @@ class IMHandle final : public IMDirectlyObservableObject {
   std::string firstName() const;
   std::string lastName() const;
   const std::string& nickname() const { return nickname_; }
+  // Grows with every change of the handle's names, addresses and other IDs or
+  // its person's, so that values derived from them (sort keys, folded search
+  // texts) can tell when to recompute.
+  std::uint64_t nameRevision() const { return nameRevision_; }
   // The handle's own addresses, else its person's.
   std::vector<std::string> emails() const;
   // "name <first e-mail>", or the name alone.
@@ -90,6 +94,25 @@ class IMHandle final : public IMDirectlyObservableObject {
   int compareFirstNames(const IMHandle* other) const;
   int compareLastNames(const IMHandle* other) const;
   int compareIDs(const IMHandlePtr& other) const { return compareIDs(other.get()); }
+
+  // Collation keys for sorting many handles: with the screen-name style
+  // `first` orders as compareIDs and `last` is empty; otherwise they order as
+  // compareFirstNames and compareLastNames. Made once and kept until a name,
+  // the name style or the collation language changes (version counts the
+  // remakes). Keys of the collation's current language
+  // (TextServices::refreshCollationLanguage).
+  struct NameSortKeys {
+    std::string first;
+    std::string last;
+    std::uint64_t version = 0;
+    std::uint64_t nameRevision = 0;
+    std::uint64_t collationGeneration = 0;
+    std::uint32_t nameStyle = 0;
+    bool made = false;
+  };
+  const NameSortKeys& nameSortKeys() const;
+  // The same for a collation generation and name style the caller read already.
+  const NameSortKeys& nameSortKeys(std::uint64_t collationGeneration, std::uint32_t nameStyle) const;
   int compareFirstNames(const IMHandlePtr& other) const { return compareFirstNames(other.get()); }
   int compareLastNames(const IMHandlePtr& other) const { return compareLastNames(other.get()); }
 
@@ -149,6 +172,8 @@ class IMHandle final : public IMDirectlyObservableObject {
   std::string mobileDeviceName_;
 
   std::string nickname_;
+  std::uint64_t nameRevision_ = 0;
+  mutable NameSortKeys nameSortKeys_;
   std::vector<std::string> emails_;
   std::map<std::string, std::string> otherServiceIDs_;
   std::uint32_t authRequestStatus_ = 0;

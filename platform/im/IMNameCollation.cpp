@@ -17,6 +17,8 @@ int IMNameCollation::compareNames(std::string_view a, std::string_view b) {
   return TextServices::localizedCaseInsensitiveCompare(a, b);
 }
 
+std::string IMNameCollation::sortKey(std::string_view name) { return TextServices::localizedSortKey(name); }
+
 std::string IMNameCollation::normalizeID(std::string_view ID) {
   auto text = unicode(ID).foldCase();
   text.findAndReplace(icu::UnicodeString(u" "), icu::UnicodeString());

@@ -10,6 +10,8 @@ class IMNameCollation {
  public:
   // Localized, case-insensitive order of two names (-1, 0, 1), as TextServices collates.
   static int compareNames(std::string_view a, std::string_view b);
+  // A key that orders as compareNames, compared as bytes (TextServices::localizedSortKey).
+  static std::string sortKey(std::string_view name);
   // A screen name as compared: case-folded, spaces removed.
   static std::string normalizeID(std::string_view ID);
 };

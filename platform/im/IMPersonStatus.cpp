@@ -26,6 +26,8 @@ bool IMPersonStatusIsOnline(IMPersonStatus status) {
   return status == kIMPersonStatusIdle || status == kIMPersonStatusAway || status == kIMPersonStatusAvailable;
 }
 
+int IMPersonStatusAvailabilityRank(IMPersonStatus status) { return availabilityRank(status); }
+
 int IMComparePersonStatus(IMPersonStatus a, IMPersonStatus b) {
   int rankA = availabilityRank(a), rankB = availabilityRank(b);
   return rankA > rankB ? 1 : rankA < rankB ? -1 : 0;

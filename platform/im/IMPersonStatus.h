@@ -17,9 +17,12 @@ inline constexpr IMPersonStatus kIMPersonStatusNoStatus = 5;
 // Idle, away and available are online; everything else is not.
 bool IMPersonStatusIsOnline(IMPersonStatus status);
 
-// 1 when a is more available than b, -1 when less, 0 when equally available.
+// How available a status is, as a number: higher is more available.
 // Availability, most first: available, away, idle, no status, offline,
 // unknown (and any value outside the scale, ranked with unknown).
+int IMPersonStatusAvailabilityRank(IMPersonStatus status);
+// 1 when a is more available than b, -1 when less, 0 when equally available
+// (the ranks above compared).
 int IMComparePersonStatus(IMPersonStatus a, IMPersonStatus b);
 
 // The English name of a status ("Available", "Away", "Idle", "Offline",

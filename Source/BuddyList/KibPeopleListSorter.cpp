@@ -1,0 +1,189 @@
+#include "Source/BuddyList/KibPeopleListSorter.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "Source/BuddyList/KibNotifications.h"
+#include "platform/core/Log.h"
+#include "platform/core/TextServices.h"
+#include "platform/im/IMHandle.h"
+#include "platform/im/IMHandleRegistrar.h"
+
+namespace kib {
+
+namespace {
+
+// Above this many changed rows a full sort is cheaper than placing each.
+constexpr std::size_t kMostRowsToPlace = 64;
+
+bool isListOrder(const KibSortParameters& parameters) {
+  return parameters.sortKeys[0] == kKibSortKeyStatus && parameters.sortKeys[1] == kKibSortKeyFirstName &&
+         parameters.sortKeys[2] == kKibSortKeyHandle && parameters.currentKey == 0 && !parameters.usesManualOrder;
+}
+
+int compareBytes(const std::string& a, const std::string& b) {
+  int result = a.compare(b);
+  return (result > 0) - (result < 0);
+}
+
+const platform::IMHandle* handleOf(const KibPeopleListItem& item) {
+  const auto& presence = item.buddyListPresence();
+  return presence ? presence->mostAvailableIMHandle().get() : nullptr;
+}
+
+}  // namespace
+
+void KibPeopleListSorter::referenceSort(Items& items, const KibSortParameters& parameters) {
+  auto record = parameters;
+  std::stable_sort(items.begin(), items.end(), [&record](const auto& a, const auto& b) {
+    return a->compareWithKibSortParameters(*b, &record) < 0;
+  });
+}
+
+bool KibPeopleListSorter::canCompareFast(const Items& items, const KibSortParameters& parameters) {
+  // The group comparison logs; keep its lines as many as they always were.
+  if (!isListOrder(parameters) || platform::IMWillLog(kKibPeopleListLogCategory)) return false;
+  // A person without a handle compares asymmetrically; leave that to the comparator.
+  return std::all_of(items.begin(), items.end(),
+                     [](const auto& item) { return item && (item->isGroup() || handleOf(*item)); });
+}
+
+void KibPeopleListSorter::sort(Items& items, const Items& previous, const KibSortParameters& parameters) {
+  if (!canCompareFast(items, parameters)) {
+    referenceSort(items, parameters);
+    _lastWasStrict = false;
+    _lastMethod = Method::Reference;
+    return;
+  }
+  _parameters = parameters;
+  // The language and the name style are read once per sort; the handles' keys follow them.
+  _collationGeneration = platform::TextServices::refreshCollationLanguage();
+  _nameStyle = platform::IMHandleRegistrar::sharedInstance()->nameStyle();
+  _groupOrder.clear();
+  const std::uint64_t lastSort = _sortNumber++;
+
+  _entries.clear();
+  _entries.reserve(items.size());
+  _changed.clear();
+  bool oneGroupOfPersons = true;
+  for (std::uint32_t index = 0; index < items.size(); ++index) {
+    bool keysChanged = false;
+    _entries.push_back(entryFor(items[index], index, &keysChanged));
+    const Entry& entry = _entries.back();
+    oneGroupOfPersons = oneGroupOfPersons && !entry.isGroup && entry.group == _entries.front().group;
+    auto& cache = entry.item->sortCache();
+    cache.seenInSort = _sortNumber;
+    cache.indexInSort = index;
+    if (cache.placedInSort == lastSort && cache.placedRank == entry.rank && !keysChanged)
+      cache.unchangedInSort = _sortNumber;
+    else
+      _changed.push_back(index);
+  }
+
+  bool placed = _lastWasStrict && oneGroupOfPersons && lastSort != 0 && _changed.size() <= kMostRowsToPlace &&
+                placeChanged(items, previous);
+  if (placed) {
+    _lastMethod = Method::Incremental;
+    return;
+  }
+  fullSort(items, oneGroupOfPersons);
+  _lastMethod = Method::Full;
+}
+
+KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItemPtr& item, std::uint32_t index,
+                                                         bool* keysChanged) {
+  Entry entry{item.get(), item->peopleListGroup(), nullptr, nullptr, nullptr, 0, item->isGroup(), index};
+  if (entry.isGroup) return entry;
+  const platform::IMHandle* handle = handleOf(*item);
+  entry.handle = handle;
+  entry.rank = platform::IMPersonStatusAvailabilityRank(item->effectiveStatus());
+  const auto& keys = handle->nameSortKeys(_collationGeneration, _nameStyle);
+  entry.first = &keys.first;
+  entry.last = &keys.last;
+  auto& cache = item->sortCache();
+  if (cache.handle != handle || cache.keysVersion != keys.version) {
+    cache.handle = handle;
+    cache.keysVersion = keys.version;
+    *keysChanged = true;
+  }
+  return entry;
+}
+
+std::int64_t KibPeopleListSorter::compare(const Entry& a, const Entry& b) {
+  if (a.group != b.group) return compareAcrossGroups(a, b);
+  if (a.isGroup) return -1;
+  if (b.isGroup) return 1;
+  // Status (more available first), first names, last names, handle address.
+  if (a.rank != b.rank) return a.rank > b.rank ? -1 : 1;
+  if (int first = compareBytes(*a.first, *b.first)) return first;
+  if (int second = compareBytes(*a.last, *b.last)) return second;
+  if (a.handle == b.handle) return 0;
+  return std::less<const void*>()(a.handle, b.handle) ? -1 : 1;
+}
+
+// Depends only on the two groups and the receiver's delegate (the group order).
+std::int64_t KibPeopleListSorter::compareAcrossGroups(const Entry& a, const Entry& b) {
+  auto key = std::make_tuple(static_cast<const void*>(a.group), static_cast<const void*>(b.group),
+                             static_cast<const void*>(a.item->delegate()));
+  auto found = _groupOrder.find(key);
+  if (found != _groupOrder.end()) return found->second;
+  auto record = _parameters;
+  std::int64_t result = a.item->compareWithKibSortParameters(*b.item, &record);
+  _groupOrder.emplace(key, result);
+  return result;
+}
+
+void KibPeopleListSorter::fullSort(Items& items, bool oneGroupOfPersons) {
+  std::stable_sort(_entries.begin(), _entries.end(),
+                   [this](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
+  _result.clear();
+  _result.reserve(items.size());
+  for (const auto& entry : _entries) _result.push_back(std::move(items[entry.index]));
+  items.swap(_result);
+  _result.clear();
+
+  _lastWasStrict = oneGroupOfPersons;
+  for (std::size_t i = 1; i < _entries.size() && _lastWasStrict; ++i)
+    _lastWasStrict = compare(_entries[i - 1], _entries[i]) != 0;
+  notePlaced(_entries);
+}
+
+bool KibPeopleListSorter::placeChanged(Items& items, const Items& previous) {
+  // The rows that kept their keys keep their order.
+  _placed.clear();
+  for (const auto& item : previous) {
+    if (!item) continue;
+    auto& cache = item->sortCache();
+    // Seen now and unchanged, and only once.
+    if (cache.seenInSort != _sortNumber || cache.unchangedInSort != _sortNumber) continue;
+    cache.unchangedInSort = 0;
+    _placed.push_back(_entries[cache.indexInSort]);
+  }
+  if (_placed.size() + _changed.size() != items.size()) return false;
+
+  for (std::uint32_t index : _changed) {
+    const Entry& entry = _entries[index];
+    auto at = std::lower_bound(_placed.begin(), _placed.end(), entry,
+                               [this](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
+    // A tie would make the order depend on the rebuild's: leave it to the full sort.
+    if (at != _placed.end() && compare(entry, *at) == 0) return false;
+    _placed.insert(at, entry);
+  }
+  _result.clear();
+  _result.reserve(items.size());
+  for (const auto& entry : _placed) _result.push_back(std::move(items[entry.index]));
+  items.swap(_result);
+  _result.clear();
+  notePlaced(_placed);
+  return true;
+}
+
+void KibPeopleListSorter::notePlaced(const std::vector<Entry>& entries) {
+  for (const auto& entry : entries) {
+    auto& cache = entry.item->sortCache();
+    cache.placedInSort = _lastWasStrict ? _sortNumber : 0;
+    cache.placedRank = entry.rank;
+  }
+}
+
+}  // namespace kib

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "Source/BuddyList/KibPeopleListItem.h"
+#include "Source/BuddyList/KibSortParameters.h"
+
+namespace kib {
+
+class KibPeopleListGroup;
+
+// Sorts the people list's displayed array into exactly the order that
+// std::stable_sort with KibPeopleListItem::compareWithKibSortParameters gives,
+// for less: the collation keys of every name are made once and kept on the
+// handle until the name changes, persons compare by status rank, key bytes and
+// handle address without touching a shared_ptr, and comparisons of two
+// different groups are asked of the item comparator once per pair of groups.
+//
+// When the last result was a strict order (no two rows tie) of persons of one
+// group, a sort in which only a few rows came, went or changed keeps the
+// others where they were and places the changed ones by binary search: with no
+// ties the sorted order is unique, so this is the full sort's order too.
+class KibPeopleListSorter {
+ public:
+  using Items = std::vector<KibPeopleListItemPtr>;
+
+  enum class Method { None, Reference, Full, Incremental };
+
+  // items: the rebuilt array, in rebuild order; previous: the array this
+  // sorter answered last time (rows may have been taken out of it since).
+  void sort(Items& items, const Items& previous, const KibSortParameters& parameters);
+
+  // The item comparator under std::stable_sort, as the list always sorted.
+  static void referenceSort(Items& items, const KibSortParameters& parameters);
+
+  // How the last sort was done (for tests).
+  Method lastMethod() const { return _lastMethod; }
+
+ private:
+  struct Entry {
+    KibPeopleListItem* item;
+    const KibPeopleListGroup* group;
+    const std::string* first;  // the handle's name keys
+    const std::string* last;
+    const void* handle;
+    int rank;
+    bool isGroup;
+    std::uint32_t index;
+  };
+
+  // Whether the fast comparison gives the item comparator's answers here.
+  static bool canCompareFast(const Items& items, const KibSortParameters& parameters);
+  Entry entryFor(const KibPeopleListItemPtr& item, std::uint32_t index, bool* keysChanged);
+  std::int64_t compare(const Entry& a, const Entry& b);
+  std::int64_t compareAcrossGroups(const Entry& a, const Entry& b);
+  void fullSort(Items& items, bool oneGroupOfPersons);
+  bool placeChanged(Items& items, const Items& previous);
+  void notePlaced(const std::vector<Entry>& entries);
+
+  KibSortParameters _parameters;
+  std::uint64_t _collationGeneration = 0;
+  std::uint32_t _nameStyle = 0;
+  // Kept between sorts so that their memory is reused.
+  std::vector<Entry> _entries;
+  std::vector<Entry> _placed;
+  std::vector<std::uint32_t> _changed;
+  Items _result;
+  std::uint64_t _sortNumber = 0;
+  // The last result was a strict order of persons of one group, made by this sorter.
+  bool _lastWasStrict = false;
+  Method _lastMethod = Method::None;
+  std::map<std::tuple<const void*, const void*, const void*>, std::int64_t> _groupOrder;
+};
+
+}  // namespace kib

@@ -1,0 +1,249 @@
+// The people list's fast paths (filing index, kept collation keys, incremental
+// placement, kept search texts) against the straightforward algorithms: two
+// lists over one random world go through the same random changes, one of them
+// with setUsesReferenceAlgorithms, and must show the same rows and post the
+// same number of updates after every step.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "platform/core/Array.h"
+#include "platform/core/Format.h"
+#include "platform/im/IMConstants.h"
+#include "platform/im/IMHandleRegistrar.h"
+#include "tests/BuddyList/BuddyListTestSupport.h"
+#include "Source/BuddyList/KibNotifications.h"
+#include "Source/BuddyList/KibPeopleList.h"
+#include "platform/core/NotificationCenter.h"
+#include "platform/core/String.h"
+#include "platform/im/IMHandle.h"
+#include "platform/im/IMPerson.h"
+
+namespace kibtest {
+namespace {
+
+using platform::IMHandlePtr;
+using platform::IMPersonPtr;
+
+// Names that tie, differ only in case or accents, or are missing.
+const std::vector<std::string> kFirstNames{"Ann", "ann", "Änn", "Bo", "Zoë", "", "Émile", "bo"};
+const std::vector<std::string> kLastNames{"Lee", "lee", "Léé", "Ng", "", "Østby"};
+const std::vector<std::string> kGroups{"A", "B", "C"};
+const std::vector<std::string> kSearches{"an", "ann lee", "bo  ", "é", "zz", "lee ng", "aim", " "};
+
+class KibPeopleListPropertyTest : public BuddyListTest {
+ protected:
+  struct Config {
+    bool grouped;
+    bool offlineGroup;
+    bool substitution;
+    bool menu;  // only available people shown
+  };
+
+  void TearDown() override {
+    fast.reset();
+    reference.reset();
+    platform::IMHandleRegistrar::sharedInstance()->setNameStyle(platform::kIMNameStyleFullName);
+    BuddyListTest::TearDown();
+  }
+
+  void SetUp() override {
+    BuddyListTest::SetUp();
+    platform::NotificationCenter::defaultCenter().addObserverForName(
+        kib::kKibPeopleListDidUpdateNotification, nullptr, [this](const platform::NotificationPtr& note) {
+          if (fast && note->object() == fast) ++fastUpdates;
+          if (reference && note->object() == reference) ++referenceUpdates;
+        });
+  }
+
+  kib::KibPeopleListPtr makeList(const Config& config, bool referenceAlgorithms) {
+    auto list = kib::KibPeopleList::init();
+    list->setUsesReferenceAlgorithms(referenceAlgorithms);
+    list->setAllowsIMHandleSubstitution(config.substitution);
+    if (config.grouped) {
+      list->setArrangesByGroup(true);
+      auto names = std::make_shared<platform::Array>();
+      for (const auto& name : kGroups) names->add(platform::makeString(name));
+      list->setGroups(names);
+      list->setUsesOfflineGroup(config.offlineGroup);
+    }
+    if (config.menu) {
+      list->setShowsOfflinePeople(false);
+      list->setShowsAwayPeople(false);
+      list->setShowsIdlePeople(false);
+    }
+    return list;
+  }
+
+  IMHandlePtr newHandle() {
+    auto accounts = {aimAccount, aimAccount2, jabberAccount, subnetAccount};
+    auto account = *(accounts.begin() + static_cast<std::ptrdiff_t>(random() % 4));
+    IMPersonPtr person;
+    if (!people.empty() && random() % 3 == 0)
+      person = people[random() % people.size()];
+    else if (random() % 5 != 0) {
+      person = platform::IMPerson::make(random() % 7 == 0 ? "" : platform::format("person%zu", people.size()),
+                                        pick(kFirstNames), pick(kLastNames));
+      people.push_back(person);
+    }
+    // Some IDs repeat across accounts, so ID-filtered presences meet.
+    auto ID = platform::format("buddy%u", static_cast<unsigned>(random() % 40));
+    auto handle = platform::IMHandle::make(account, ID, person);
+    handle->updateStatus(randomStatus(), random() % 4 == 0 ? "msg" : "");
+    std::vector<std::string> groups;
+    for (const auto& group : kGroups)
+      if (random() % 2) groups.push_back(group);
+    handle->setGroups(groups);
+    handles.push_back(handle);
+    return handle;
+  }
+
+  platform::IMPersonStatus randomStatus() { return static_cast<platform::IMPersonStatus>(random() % 6); }
+  const std::string& pick(const std::vector<std::string>& names) { return names[random() % names.size()]; }
+  IMHandlePtr anyHandle() { return handles[random() % handles.size()]; }
+
+  // Both lists get the same change.
+  template <class Change>
+  void onBoth(Change change) {
+    change(*fast);
+    change(*reference);
+  }
+
+  // One random step; its name, for the failure message.
+  std::string step() {
+    switch (random() % 13) {
+      case 0:
+      case 1:
+      case 2: {
+        auto handle = anyHandle();
+        handle->updateStatus(randomStatus(), random() % 3 == 0 ? "away msg" : handle->statusMessage());
+        return "status of " + handle->ID();
+      }
+      case 3: {
+        if (people.empty()) return "nothing";
+        auto person = people[random() % people.size()];
+        random() % 2 ? person->setFirstName(pick(kFirstNames)) : person->setLastName(pick(kLastNames));
+        return "name of " + person->uniqueID();
+      }
+      case 4:
+        anyHandle()->setNickname(random() % 2 ? "" : pick(kFirstNames));
+        return "nickname";
+      case 5:
+        platform::IMHandleRegistrar::sharedInstance()->setNameStyle(static_cast<std::uint32_t>(random() % 3));
+        onBoth([](kib::KibPeopleList& list) { list.resort(); });
+        return "name style";
+      case 6: {
+        auto handle = newHandle();
+        onBoth([&](kib::KibPeopleList& list) { list.addIMHandle(handle); });
+        return "add " + handle->ID();
+      }
+      case 7: {
+        auto handle = anyHandle();
+        onBoth([&](kib::KibPeopleList& list) { list.removeIMHandle(handle); });
+        return "remove " + handle->ID();
+      }
+      case 8: {
+        auto all = handles;
+        std::shuffle(all.begin(), all.end(), random);
+        if (!all.empty() && random() % 2) all.push_back(all.front());  // a handle twice
+        onBoth([&](kib::KibPeopleList& list) {
+          list.beginChanges();
+          list.removeAllIMHandlesAndGroups(false);
+          list.addPeopleFromArraySkipMe(all, false);
+          list.endChanges();
+        });
+        return "refill";
+      }
+      case 9: {
+        auto text = random() % 3 == 0 ? nullptr : platform::makeString(pick(kSearches));
+        onBoth([&](kib::KibPeopleList& list) {
+          list.setSearchString(text);
+          list.refreshList();
+        });
+        return "search";
+      }
+      case 10: {
+        bool shows = random() % 2;
+        onBoth([&](kib::KibPeopleList& list) { list.setShowsAwayPeople(shows); });
+        return "shows away";
+      }
+      case 11: {
+        auto handle = anyHandle();
+        handle->setPerson(people.empty() || random() % 4 == 0 ? nullptr : people[random() % people.size()]);
+        onBoth([](kib::KibPeopleList& list) { list.resort(); });
+        return "person of " + handle->ID();
+      }
+      default:
+        advance(0.5 * static_cast<double>(1 + random() % 6));  // transitions end
+        return "time";
+    }
+  }
+
+  // A row as both lists can show it: header or person, group, handle (the
+  // handles are shared), the presence's handles.
+  static std::vector<std::string> rows(const kib::KibPeopleList& list) {
+    std::vector<std::string> result;
+    for (const auto& item : list.items()) {
+      std::string row = (item->isGroup() ? "[" : "") + item->group() + " " +
+                        platform::format("%p", static_cast<const void*>(item->imHandle().get()));
+      if (const auto& presence = item->buddyListPresence())
+        for (const auto& handle : presence->imHandles()) row += " " + handle->ID();
+      result.push_back(row);
+    }
+    return result;
+  }
+
+  void run(unsigned seed, const Config& config, std::size_t worldSize, int steps) {
+    random.seed(seed);
+    fast = makeList(config, false);
+    reference = makeList(config, true);
+    fastUpdates = referenceUpdates = 0;
+    for (std::size_t i = 0; i < worldSize; ++i) newHandle();
+    onBoth([&](kib::KibPeopleList& list) { list.addPeopleFromArraySkipMe(handles, false); });
+    for (int i = 0; i < steps; ++i) {
+      std::string what = step();
+      ASSERT_EQ(rows(*fast), rows(*reference)) << "seed " << seed << ", step " << i << ": " << what;
+      ASSERT_EQ(fastUpdates, referenceUpdates) << "seed " << seed << ", step " << i << ": " << what;
+      ++methods[fast->lastSortMethod()];
+    }
+  }
+
+  std::mt19937 random;
+  std::vector<IMPersonPtr> people;
+  std::vector<IMHandlePtr> handles;
+  kib::KibPeopleListPtr fast, reference;
+  int fastUpdates = 0, referenceUpdates = 0;
+  std::map<kib::KibPeopleListSorter::Method, int> methods;
+};
+
+TEST_F(KibPeopleListPropertyTest, FastPathsShowWhatTheStraightforwardAlgorithmsShow) {
+  const Config configs[] = {
+      {false, false, true, false},  // flat, everybody
+      {false, false, true, true},   // the menu's: flat, only available
+      {false, false, false, false},
+      {true, true, true, false},  // groups with the Offline group
+      {true, false, false, true},
+  };
+  unsigned seed = 1;
+  for (const auto& config : configs)
+    for (int world = 0; world < 4; ++world) {
+      SCOPED_TRACE(platform::format("grouped %d offline %d substitution %d menu %d", config.grouped,
+                                    config.offlineGroup, config.substitution, config.menu));
+      run(seed++, config, 5 + static_cast<std::size_t>(world) * 12, 120);
+      if (HasFatalFailure()) return;
+      fast.reset();
+      reference.reset();
+      handles.clear();
+      people.clear();
+    }
+  // The fast paths were taken, not only the fallbacks.
+  EXPECT_GT(methods[kib::KibPeopleListSorter::Method::Incremental], 50);
+  EXPECT_GT(methods[kib::KibPeopleListSorter::Method::Full], 50);
+}
+
+}  // namespace
+}  // namespace kibtest
