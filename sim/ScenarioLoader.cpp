@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <set>
 #include <sstream>
 
+#include "platform/core/InputFile.h"
+#include "platform/core/JSONSerialization.h"
 #include "platform/im/IMNameCollation.h"
 
 namespace sim {
@@ -108,6 +109,9 @@ class Checker {
     if (!value.is_number()) wrongType(value, path, "a number of seconds");
     double number = value.get<double>();
     if (!(number >= 0)) fail(path, "must not be negative");
+    if (number > ScenarioLoader::kLongestTime)
+      fail(path,
+           "must be at most " + std::to_string(static_cast<long long>(ScenarioLoader::kLongestTime)) + " seconds");
     return number;
   }
 
@@ -336,7 +340,8 @@ class ScenarioReader {
         account.myStatus = checker_.status(*status, member(path, "myStatus"));
       account.myMessage = checker_.string(item, "myMessage", path, "");
       account.invisible = checker_.boolean(item, "invisible", path, false);
-      account.nowPlaying = checker_.string(item, "nowPlaying", path, "");
+      if (const auto* nowPlaying = checker_.find(item, "nowPlaying"))
+        account.nowPlaying = checker_.string(*nowPlaying, member(path, "nowPlaying"));
       ids.add(account.id, account.id, member(path, "id"));
       logins.add(account.service + "\n" + platform::IMNameCollation::normalizeID(account.login),
                  account.login + " on " + account.service, member(path, "login"));
@@ -402,6 +407,8 @@ class ScenarioReader {
       if (auth->is_boolean()) {
         handle.authRequest = auth->get<bool>() ? platform::kIMAuthRequestPending : platform::kIMAuthRequestNone;
       } else if (auth->is_number_unsigned()) {
+        if (auth->get<std::uint64_t>() > 0xFFFFFFFFull)
+          checker_.fail(member(path, "authRequest"), "out of range (at most 4294967295)");
         handle.authRequest = auth->get<std::uint32_t>();
       } else {
         checker_.wrongType(*auth, member(path, "authRequest"), "true, false or a non-negative number");
@@ -477,20 +484,6 @@ bool scenarioHasHandle(const Scenario& scenario, const std::string& account, con
   return false;
 }
 
-// "line L, column C" of a byte offset (1-based, columns in bytes).
-std::string placeOfOffset(const std::string& text, std::size_t offset) {
-  std::size_t line = 1, column = 1;
-  for (std::size_t i = 0; i < offset && i < text.size(); ++i) {
-    if (text[i] == '\n') {
-      ++line;
-      column = 1;
-    } else {
-      ++column;
-    }
-  }
-  return "line " + std::to_string(line) + ", column " + std::to_string(column);
-}
-
 // The parser's explanation without its exception prefix and position.
 std::string syntaxProblem(const json::parse_error& error) {
   std::string what = error.what();
@@ -503,20 +496,22 @@ std::string syntaxProblem(const json::parse_error& error) {
 }  // namespace
 
 Scenario ScenarioLoader::loadFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw ScenarioError(path.string() + ": cannot read the file (" + std::strerror(errno) + ")");
-  std::ostringstream text;
-  text << file.rdbuf();
-  return parse(text.str(), path.string());
+  auto file = platform::InputFile::read(path);
+  if (!file.ok()) throw ScenarioError(path.string() + ": " + file.problem());
+  return parse(file.text, path.string());
 }
 
 Scenario ScenarioLoader::parse(const std::string& text, const std::string& source) {
+  using platform::JSONSerialization;
+  if (auto problem = JSONSerialization::findLimitProblem(text))
+    throw ScenarioError(source + ": " + JSONSerialization::placeOfOffset(text, problem->offset) + ": " +
+                        problem->message);
   json root;
   try {
     root = json::parse(text);
   } catch (const json::parse_error& error) {
     std::size_t offset = error.byte > 0 ? error.byte - 1 : 0;
-    throw ScenarioError(source + ": " + placeOfOffset(text, offset) + ": " + syntaxProblem(error));
+    throw ScenarioError(source + ": " + JSONSerialization::placeOfOffset(text, offset) + ": " + syntaxProblem(error));
   }
   return ScenarioReader(root, source).read();
 }
