@@ -206,13 +206,14 @@ TEST_F(ParloExtraTest, AReplacedStatusTextCountsOnlyItsOwnScrollCycles) {
     if (type == "banner-scroll")
       banner.push_back(line["event"].get<std::string>() + (line.contains("count") ? " " + line["count"].dump() : ""));
   }
-  // The wider text restarts the scrolling when its reveal ends: a jump back, not a finished cycle.
+  // The first text's scrolling goes on under the wider one and jumps back at the first text's length; the wider
+  // text's reveal ends with another jump back, where its own cycles start: neither is a finished cycle.
   ASSERT_FALSE(banner.empty());
   auto last = std::find(banner.begin(), banner.end(), "Reading the paper, back soon");
   ASSERT_NE(last, banner.end());
   EXPECT_EQ(std::vector<std::string>(last, banner.end()),
-            (std::vector<std::string>{"Reading the paper, back soon", "start", "start", "wrap 1", "wrap 2", "wrap 3",
-                                      "none"}));
+            (std::vector<std::string>{"Reading the paper, back soon", "start", "start", "start", "wrap 1", "wrap 2",
+                                      "wrap 3", "none"}));
 }
 
 TEST_F(ParloExtraTest, InvisibilityShowsAsTheDaemonsWriteSettings) {
@@ -223,8 +224,9 @@ TEST_F(ParloExtraTest, InvisibilityShowsAsTheDaemonsWriteSettings) {
     for (const auto& argument : line["arguments"]) text += " " + argument.get<std::string>();
     requests.push_back(text);
   }
-  EXPECT_EQ(requests, (std::vector<std::string>{"writeSettings aim invisible", "loginAccount aim",
-                                                "writeSettings jabber invisible", "loginAccount jabber"}));
+  EXPECT_EQ(requests, (std::vector<std::string>{"setMyStatus:message: 4 nil", "writeSettings aim invisible",
+                                                "writeSettings ambrel invisible", "writeSettings jabber invisible",
+                                                "writeSettings vistel invisible"}));
 }
 
 TEST_F(ParloExtraTest, ChoosingABuddyOpensAChatInTheMessagingApplication) {

@@ -7,6 +7,7 @@
 #include <malloc.h>
 
 #include <cstdlib>
+#include <iostream>
 #include <random>
 #include <streambuf>
 
@@ -46,7 +47,7 @@ int soakHours() {
 #ifdef KIB_SOAK_UNDER_ASAN
   return 2;
 #else
-  return 3;
+  return 4;
 #endif
 }
 
@@ -171,6 +172,9 @@ TEST_F(SoakTest, ABusyDayGrowsNeitherMemoryNorTheRunLoop) {
     }
   }
   run.finish();
+  std::cout << "soak: " << hours << " simulated hours, " << counter.count("event") << " events, memory in use "
+            << baselineBytes << " -> at most " << largestBytes << " bytes, run-loop queue " << baselineQueue
+            << " -> at most " << largestQueue << "\n";
 
   EXPECT_EQ(failures, 0) << errors.str().substr(0, 2000);
   EXPECT_EQ(counter.count("assertion"), 0u);
