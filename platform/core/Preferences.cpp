@@ -257,6 +257,7 @@ void refresh(DomainState& state, const fs::path& file) {
       return;
     case InputFile::Status::Folder:
     case InputFile::Status::Unreadable:
+      state.diskIdentity.reset();
       state.diskText.clear();
       state.diskValues = json::object();
       state.writeBlocked = true;
