@@ -35,7 +35,7 @@ for target in "${targets[@]}"; do
   "$build/tests/fuzz/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \
     -print_final_stats=1 -artifact_prefix="$artifacts/$target-" "$corpus" "$build/fuzz/seeds/$target" \
     > "$log" 2>&1 || status=$?
-  grep -E '^(stat::number_of_executed_runs|stat::peak_rss_mb)' "$log" || true
+  grep -E '^(stat::number_of_executed_units|stat::new_units_added|stat::peak_rss_mb)' "$log" || true
   if [ "$status" -ne 0 ]; then
     tail -n 60 "$log" >&2
     echo "fuzz: $target found a problem; the input is in $artifacts" >&2

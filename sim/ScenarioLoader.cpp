@@ -63,7 +63,8 @@ class Checker {
 
   const json& object(const json& value, const std::string& path, std::initializer_list<const char*> allowed) const {
     if (!value.is_object()) wrongType(value, path, "an object");
-    for (const auto& [key, unused] : value.items()) {
+    for (const auto& entry : value.items()) {
+      const std::string& key = entry.key();
       if (std::none_of(allowed.begin(), allowed.end(), [&key](const char* name) { return key == name; }))
         fail(member(path, key), "unknown field");
     }
@@ -540,7 +541,8 @@ SimEvent ScenarioLoader::parseEvent(const json& value, const Scenario& scenario,
   event.type = *type;
   event.at = checker.seconds(item, "at", path, 0);
   auto allow = [&](std::initializer_list<const char*> fields) {
-    for (const auto& [key, unused] : item.items()) {
+    for (const auto& entry : item.items()) {
+      const std::string& key = entry.key();
       if (key == "at" || key == "type") continue;
       if (std::none_of(fields.begin(), fields.end(), [&key](const char* f) { return key == f; }))
         checker.fail(member(path, key), "not a field of a " + typeText + " event");
