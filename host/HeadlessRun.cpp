@@ -53,11 +53,15 @@ bool HeadlessRun::start() {
 }
 
 int HeadlessRun::playScript(const Script& script) {
-  recorder_->setMenuTrackingDeadline(clock_->now() + script.endTime);
-  ScriptPlayer player(script, *host_, plugin_, *world_, *transcript_, errors_);
-  const int failures = player.play();
+  const int failures = playScriptPart(script);
   finish();
   return failures ? 1 : 0;
+}
+
+int HeadlessRun::playScriptPart(const Script& script) {
+  recorder_->setMenuTrackingDeadline(clock_->now() + script.endTime);
+  ScriptPlayer player(script, *host_, plugin_, *world_, *transcript_, errors_);
+  return player.play();
 }
 
 int HeadlessRun::runSelfTest(std::uint32_t test, std::ostream& testLog) {

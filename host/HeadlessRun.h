@@ -34,6 +34,10 @@ class HeadlessRun {
   // Plays the script to its end and unloads the extra; answers the exit status
   // (0, or 1 when a step could not be done).
   int playScript(const Script& script);
+  // Plays one script after another on the same extra (a long run made of
+  // parts); answers the number of steps that could not be done. finish() ends the run.
+  int playScriptPart(const Script& script);
+  void finish();
   // Lets the extra start up, runs self-test n (0: all) through the bundle's
   // entry points until its actions are done, unloads the extra and answers the
   // exit status. Test-log lines go to testLog as they are written.
@@ -45,8 +49,6 @@ class HeadlessRun {
   sim::SimWorld& world() { return *world_; }
 
  private:
-  void finish();
-
   std::shared_ptr<platform::VirtualClock> clock_;
   std::shared_ptr<platform::Clock> previousClock_;
   const PluginBundle& plugin_;

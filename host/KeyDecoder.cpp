@@ -1,9 +1,10 @@
 #include "host/KeyDecoder.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <array>
+#include <charconv>
 #include <map>
+#include <optional>
 
 namespace kibhost {
 namespace {
@@ -21,6 +22,24 @@ std::size_t characterLength(unsigned char lead) {
   if ((lead >> 4) == 0xE) return 3;
   if ((lead >> 3) == 0x1E) return 4;
   return 1;
+}
+
+// The three numbers of an SGR mouse report ("button;column;row"); nullopt for
+// anything else, a number past what any terminal has included.
+std::optional<std::array<long, 3>> mouseFields(std::string_view text) {
+  constexpr long kLargest = 1 << 20;
+  std::array<long, 3> fields{};
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (i > 0) {
+      if (text.empty() || text.front() != ';') return std::nullopt;
+      text.remove_prefix(1);
+    }
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), fields[i]);
+    if (error != std::errc() || fields[i] < 0 || fields[i] > kLargest) return std::nullopt;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  }
+  if (!text.empty()) return std::nullopt;
+  return fields;
 }
 
 }  // namespace
@@ -79,8 +98,9 @@ std::size_t KeyDecoder::decodeEscape(std::string_view bytes, std::size_t i, std:
   }
   // CSI or SS3: parameters up to a final byte in 0x40–0x7e.
   std::size_t end = i + 2;
-  while (end < bytes.size() && !(bytes[end] >= 0x40 && bytes[end] <= 0x7e)) ++end;
-  if (end >= bytes.size()) {
+  // An escape inside the parameters abandons the sequence, as terminals do.
+  while (end < bytes.size() && bytes[end] != 0x1b && !(bytes[end] >= 0x40 && bytes[end] <= 0x7e)) ++end;
+  if (end >= bytes.size() || bytes[end] == 0x1b) {
     events.push_back(key(KeyEvent::Kind::Escape));
     return 1;
   }
@@ -89,12 +109,11 @@ std::size_t KeyDecoder::decodeEscape(std::string_view bytes, std::size_t i, std:
   const std::size_t used = end - i + 1;
   if (!params.empty() && params[0] == '<' && (final == 'M' || final == 'm')) {
     // SGR mouse: "<button;column;row", M for a press.
-    int button = 0, column = 0, row = 0;
-    if (std::sscanf(params.c_str() + 1, "%d;%d;%d", &button, &column, &row) == 3 && final == 'M' &&
-        (button & ~0x1c) == 0) {
+    auto fields = mouseFields(std::string_view(params).substr(1));
+    if (fields && final == 'M' && ((*fields)[0] & ~0x1c) == 0 && (*fields)[1] > 0 && (*fields)[2] > 0) {
       KeyEvent event = key(KeyEvent::Kind::MouseDown);
-      event.column = column - 1;
-      event.row = row - 1;
+      event.column = static_cast<int>((*fields)[1] - 1);
+      event.row = static_cast<int>((*fields)[2] - 1);
       events.push_back(event);
     }
     return used;

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "host/SharedLibraryFile.h"
 #include "platform/core/Log.h"
 
 namespace kibhost {
@@ -43,6 +44,10 @@ std::shared_ptr<PluginBundle> PluginBundle::load(const std::filesystem::path& fo
   const std::string library = bundle->executablePath();
   if (library.empty()) {
     error = where + "Info.json names no executable, or the executable is missing";
+    return nullptr;
+  }
+  if (auto problem = SharedLibraryFile::problem(library); !problem.empty()) {
+    error = where + "cannot load " + library + ": " + problem;
     return nullptr;
   }
   void* handle = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);

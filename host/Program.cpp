@@ -6,7 +6,9 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <optional>
 
+#include "host/CheckedOutput.h"
 #include "host/CommandLine.h"
 #include "host/HeadlessRun.h"
 #include "host/PluginBundle.h"
@@ -28,10 +30,12 @@ namespace kibhost {
 namespace {
 
 constexpr int kDone = 0;
+constexpr int kWriteFailed = 1;
 constexpr int kBadInput = 2;
 constexpr const char* kBundleName = "Parlo.menuextra";
 
-// Where a transcript goes: standard output, a file, or nowhere.
+// Where a transcript goes: standard output, a file, or nowhere. Write errors
+// are kept, so that a full disk ends the run with a failure.
 class TranscriptOutput {
  public:
   bool open(const std::optional<std::string>& path, std::ostream& out, std::ostream& errors) {
@@ -40,25 +44,47 @@ class TranscriptOutput {
       return true;
     }
     if (*path == "-") {
-      stream_ = &out;
-      return true;
+      checked_.emplace(out);
+      name_ = "standard output";
+    } else {
+      file_.open(*path, std::ios::out | std::ios::trunc);
+      if (!file_) {
+        errors << "kibbar: " << *path << ": cannot write the transcript (" << std::strerror(errno) << ")\n";
+        return false;
+      }
+      checked_.emplace(file_);
+      name_ = *path;
     }
-    file_.open(*path, std::ios::out | std::ios::trunc);
-    if (!file_) {
-      errors << "kibbar: " << *path << ": cannot write the transcript (" << std::strerror(errno) << ")\n";
-      return false;
-    }
-    stream_ = &file_;
+    stream_ = &*checked_;
     return true;
   }
   std::ostream& stream() { return *stream_; }
-  bool toStandardOutput(const std::ostream& out) const { return stream_ == &out; }
+  bool toStandardOutput() const { return name_ == "standard output"; }
+  // The run's status, or 1 with a line on the error stream when the transcript could not be written.
+  int finish(int status, std::ostream& errors) {
+    if (checked_) checked_->flush();
+    if (!checked_ || !checked_->failed()) return status;
+    errors << "kibbar: " << name_ << ": cannot write the transcript (" << checked_->problem() << ")\n";
+    return kWriteFailed;
+  }
 
  private:
   std::ofstream file_;
+  std::optional<CheckedOutput> checked_;
+  std::string name_;
   std::ostream null_{nullptr};
   std::ostream* stream_ = nullptr;
 };
+
+// Whether the transcript would overwrite one of the run's own inputs.
+bool namesAnInput(const CommandLine& line) {
+  if (!line.transcript || *line.transcript == "-") return false;
+  for (const auto& input : {line.scenario, line.script}) {
+    std::error_code error;
+    if (input && std::filesystem::equivalent(*line.transcript, *input, error)) return true;
+  }
+  return false;
+}
 
 }  // namespace
 
@@ -89,8 +115,16 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
     return kBadInput;
   }
   if (line.mode == CommandLine::Mode::Help) {
-    out << CommandLine::usage();
-    return kDone;
+    CheckedOutput help(out);
+    help << CommandLine::usage() << std::flush;
+    if (!help.failed()) return kDone;
+    errors << "kibbar: standard output: cannot write the usage (" << help.problem() << ")\n";
+    return kWriteFailed;
+  }
+
+  if (namesAnInput(line)) {
+    errors << "kibbar: --transcript " << *line.transcript << " names an input of the run; give another file\n";
+    return kBadInput;
   }
   if (line.mode == CommandLine::Mode::Version) {
     out << versionLine() << '\n';
@@ -133,7 +167,7 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
     if (!transcript.open(line.transcript, out, errors)) return kBadInput;
     TerminalFrontend frontend(std::move(scenario), scenarioName, *plugin,
                               line.transcript ? &transcript.stream() : nullptr);
-    return frontend.run(errors);
+    return transcript.finish(frontend.run(errors), errors);
   }
 
   TranscriptOutput transcript;
@@ -152,12 +186,18 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   if (!run.start()) return kBadInput;
   int status = 0;
   if (!selfTest) {
-    status = run.playScript(script);
+    status = transcript.finish(run.playScript(script), errors);
   } else {
     std::ostream null(nullptr);
-    status = run.runSelfTest(line.selfTest, transcript.toStandardOutput(out) ? null : out);
+    CheckedOutput testLog(out);
+    status = transcript.finish(run.runSelfTest(line.selfTest, transcript.toStandardOutput() ? null : testLog), errors);
+    testLog.flush();
+    if (testLog.failed()) {
+      errors << "kibbar: standard output: cannot write the test log (" << testLog.problem() << ")\n";
+      status = kWriteFailed;
+    }
   }
-  return pictures && !pictures->succeeded() && status == kDone ? 1 : status;
+  return pictures && !pictures->succeeded() && status == kDone ? kWriteFailed : status;
 }
 
 }  // namespace kibhost

@@ -4,10 +4,11 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <map>
 #include <sstream>
 
+#include "platform/core/InputFile.h"
+#include "platform/core/JSONSerialization.h"
 #include "platform/ui/KeyModifiers.h"
 #include "sim/ScenarioError.h"
 #include "sim/ScenarioLoader.h"
@@ -102,6 +103,8 @@ double parseSeconds(const std::optional<std::string>& word, const std::string& w
   double value = std::strtod(word->c_str(), &end);
   if (word->empty() || *end != '\0' || errno != 0 || !std::isfinite(value) || value < 0)
     throw LineError{what + ": expected a number of seconds, found \"" + *word + "\""};
+  if (value > sim::ScenarioLoader::kLongestTime)
+    throw LineError{what + ": " + *word + " seconds is too long (at most 10000000)"};
   return value;
 }
 
@@ -152,10 +155,22 @@ void expectEnd(LineLexer& lexer, const std::string& command) {
 }
 
 nlohmann::json parseObjectJSON(const std::string& text, const std::string& what) {
-  auto value = nlohmann::json::parse(text, nullptr, false);
-  if (value.is_discarded()) throw LineError{what + ": not valid JSON: " + text};
-  if (!value.is_object()) throw LineError{what + ": expected a JSON object, found " + text};
-  return value;
+  using platform::JSONSerialization;
+  if (auto problem = JSONSerialization::findLimitProblem(text))
+    throw LineError{what + ": " + JSONSerialization::placeOfOffset(text, problem->offset) + ": " + problem->message};
+  auto value = JSONSerialization::parse(text, nullptr);
+  if (!value) throw LineError{what + ": not valid JSON: " + text};
+  if (!value->is_object()) throw LineError{what + ": expected a JSON object, found " + text};
+  return std::move(*value);
+}
+
+// The script's time after moving on to a later time.
+double laterTime(double time, const std::string& what) {
+  if (time > sim::ScenarioLoader::kLongestTime) {
+    throw LineError{what + ": the script's time would go past " +
+                    std::to_string(static_cast<long long>(sim::ScenarioLoader::kLongestTime)) + " seconds"};
+  }
+  return time;
 }
 
 class StepReader {
@@ -170,7 +185,7 @@ class StepReader {
     ScriptStep step;
     step.time = time;
     if (*command == "wait") {
-      time += parseSeconds(lexer.next(), "wait");
+      time = laterTime(time + parseSeconds(lexer.next(), "wait"), "wait");
       expectEnd(lexer, "wait");
       return std::nullopt;
     }
@@ -181,7 +196,7 @@ class StepReader {
         message << "at " << at << " is earlier than the script's time " << time;
         throw LineError{message.str()};
       }
-      time = at;
+      time = laterTime(at, "at");
       expectEnd(lexer, "at");
       return std::nullopt;
     }
@@ -302,11 +317,9 @@ Script ScriptParser::parse(const std::string& text, const std::string& source, c
 }
 
 Script ScriptParser::loadFile(const std::filesystem::path& path, const sim::Scenario& scenario) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) throw ScriptError(path.string() + ": cannot read the file (" + std::strerror(errno) + ")");
-  std::ostringstream text;
-  text << in.rdbuf();
-  return parse(text.str(), path.string(), scenario);
+  auto file = platform::InputFile::read(path);
+  if (!file.ok()) throw ScriptError(path.string() + ": " + file.problem());
+  return parse(file.text, path.string(), scenario);
 }
 
 }  // namespace kibhost

@@ -47,7 +47,7 @@ void ScriptPlayer::scheduleStep(std::size_t index) {
 void ScriptPlayer::fail(const ScriptStep& step, const std::string& message) {
   ++failures_;
   transcript_.write("script-error", {{"line", step.line}, {"message", message}});
-  errors_ << script_.source << ":" << step.line << ": " << message << '\n';
+  errors_ << "kibbar: " << script_.source << ":" << step.line << ": " << message << '\n';
 }
 
 StatusBarHost::OpenMenu* ScriptPlayer::requireMenu(const ScriptStep& step) {

@@ -14,9 +14,13 @@ SlotPicture SlotPicture::fromCanvas(const platform::RecordingCanvas& canvas) {
         haveIcon = true;
         picture.image = op.image->displayName();
         picture.dimmed = !op.enabled;
-      } else if (op.cellClass == "TextFieldCell" && !picture.text && !(op.clip && op.clip->isEmpty())) {
-        picture.text = op.string;
-        picture.textX = op.rect.x;
+      } else if (op.cellClass == "TextFieldCell" && !(op.clip && op.clip->isEmpty())) {
+        if (!picture.text) {
+          picture.text = op.string;
+          picture.textX = op.rect.x;
+        } else if (!picture.copyX && op.string == *picture.text && op.rect.x > picture.textX) {
+          picture.copyX = op.rect.x;
+        }
       }
     }
   }

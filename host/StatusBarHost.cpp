@@ -55,10 +55,12 @@ void StatusBarHost::menuExtraPopUpMenu(platform::MenuExtra& /*extra*/, const pla
   displayNow();  // the slot shows as the open menu's title
   delegate_.menuDidOpen(menu);
   auto& loop = platform::RunLoop::main();
+  // Work due at the deadline itself still runs (a script's last lines at its
+  // last instant act on the open menu); then an unclosed menu closes.
   while (!openMenu_->closing) {
     const double deadline = delegate_.menuTrackingDeadline();
-    if (platform::Clock::current().now() >= deadline) break;
     loop.runUntil(deadline, platform::kEventTrackingRunLoopMode);
+    if (platform::Clock::current().now() >= deadline) break;
   }
   auto closed = std::move(openMenu_);
   const std::int64_t chosen = closed->closing ? closed->chosenIndex : -1;

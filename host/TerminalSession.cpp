@@ -103,13 +103,24 @@ void TerminalSession::restoreFromSignal(int signal) {
 void TerminalSession::restoreAtExit() { restoreTerminal(); }
 
 void TerminalSession::installFatalSignalHandlers() {
+  installAlternateSignalStack();
   for (int signal : kFatalSignals) {
     struct sigaction action {};
     action.sa_handler = &TerminalSession::restoreFromSignal;
     sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = SA_RESETHAND | SA_ONSTACK;
     sigaction(signal, &action, nullptr);
   }
+}
+
+// A stack overflow leaves no room on the thread's own stack for the handler;
+// it runs on a stack of its own.
+void TerminalSession::installAlternateSignalStack() {
+  alignas(16) static char memory[64 * 1024];
+  stack_t stack{};
+  stack.ss_sp = memory;
+  stack.ss_size = sizeof memory;
+  sigaltstack(&stack, nullptr);
 }
 
 }  // namespace kibhost

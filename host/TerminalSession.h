@@ -32,6 +32,7 @@ class TerminalSession {
   static void restoreFromSignal(int signal);
   static void restoreAtExit();
   void installFatalSignalHandlers();
+  static void installAlternateSignalStack();
 
   int input_ = -1;
   int output_ = -1;

@@ -1,11 +1,12 @@
 #include "host/TranscriptRecorder.h"
 
-#include <fstream>
 #include <limits>
 
 #include "host/MenuJSON.h"
 #include "host/ReturningAssertionHandler.h"
 #include "platform/core/DistributedNotificationCenter.h"
+#include "platform/core/InputFile.h"
+#include "platform/core/JSONSerialization.h"
 #include "platform/core/Preferences.h"
 #include "platform/im/IMDaemonController.h"
 #include "platform/im/IMDaemonRequest.h"
@@ -30,9 +31,11 @@ const char* channelName(platform::Log::Channel channel) {
   return "?";
 }
 
+// The file's JSON in its own key order; null when it is unreadable or past the shared limits.
 Fields readJSONFile(const std::filesystem::path& file) {
-  std::ifstream in(file);
-  auto json = Fields::parse(in, nullptr, false);
+  auto contents = platform::InputFile::read(file);
+  if (!contents.ok() || platform::JSONSerialization::findLimitProblem(contents.text)) return Fields(nullptr);
+  auto json = Fields::parse(contents.text, nullptr, false);
   return json.is_discarded() ? Fields(nullptr) : json;
 }
 
@@ -140,11 +143,20 @@ void TranscriptRecorder::recordPicture(const SlotPicture& picture) {
       transcript_.write("banner", {{"text", picture.text ? Fields(*picture.text) : Fields(nullptr)}});
     scrolling_ = false;
     wraps_ = 0;
-  } else if (picture.text && picture.textX < slot_.textX && !scrolling_) {
+  } else if (picture.text && picture.textX < slot_.textX) {
+    lastStep_ = slot_.textX - picture.textX;
+    if (!scrolling_) transcript_.write("banner-scroll", {{"event", "start"}});
     scrolling_ = true;
-    transcript_.write("banner-scroll", {{"event", "start"}});
   } else if (picture.text && picture.textX > slot_.textX) {
-    transcript_.write("banner-scroll", {{"event", "wrap"}, {"count", ++wraps_}});
+    // A finished cycle puts the text where its following copy stood (no
+    // visible jump); any other jump back restarts the scrolling from the start.
+    const bool seamless = slot_.copyX && *slot_.copyX - picture.textX <= lastStep_ + 1e-6;
+    if (seamless) {
+      transcript_.write("banner-scroll", {{"event", "wrap"}, {"count", ++wraps_}});
+    } else {
+      scrolling_ = false;
+      wraps_ = 0;
+    }
   }
   slot_ = picture;
 }

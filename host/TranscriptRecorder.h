@@ -74,6 +74,7 @@ class TranscriptRecorder final : public StatusBarHostDelegate {
   SlotPicture slot_;
   bool scrolling_ = false;
   int wraps_ = 0;
+  double lastStep_ = 0;  // how far the text moved at its last scroll step
   platform::MenuPtr openMenu_;
 
   std::uint64_t daemonToken_ = 0;

@@ -7,7 +7,8 @@ packages=(g++ cmake make pkg-config libgtest-dev libgmock-dev libbenchmark-dev l
   libsdbus-c++-dev libsystemd-dev
   libcairo2-dev libpango1.0-dev libpoppler-glib-dev libgdk-pixbuf-2.0-dev fonts-dejavu-core)
 test_packages=(dbus
-  dpkg-dev lintian desktop-file-utils man-db)
+  dpkg-dev lintian desktop-file-utils man-db
+  clang-14 libclang-rt-14-dev libfuzzer-14-dev)
 # scripts/bench.sh: /usr/bin/time for CPU time and peak memory.
 packages+=(time procps)
 if [ "${1:-}" = "--tests" ]; then

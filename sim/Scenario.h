@@ -36,7 +36,7 @@ struct ScenarioAccount {
   platform::IMPersonStatus myStatus = platform::kIMPersonStatusAvailable;
   std::string myMessage;
   bool invisible = false;
-  std::string nowPlaying;
+  std::optional<std::string> nowPlaying;  // absent: filled in from the message
 };
 
 struct ScenarioHandle {

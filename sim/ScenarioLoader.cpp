@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <set>
 #include <sstream>
 
+#include "platform/core/InputFile.h"
+#include "platform/core/JSONSerialization.h"
 #include "platform/im/IMNameCollation.h"
 
 namespace sim {
@@ -62,7 +63,8 @@ class Checker {
 
   const json& object(const json& value, const std::string& path, std::initializer_list<const char*> allowed) const {
     if (!value.is_object()) wrongType(value, path, "an object");
-    for (const auto& [key, unused] : value.items()) {
+    for (const auto& entry : value.items()) {
+      const std::string& key = entry.key();
       if (std::none_of(allowed.begin(), allowed.end(), [&key](const char* name) { return key == name; }))
         fail(member(path, key), "unknown field");
     }
@@ -108,6 +110,9 @@ class Checker {
     if (!value.is_number()) wrongType(value, path, "a number of seconds");
     double number = value.get<double>();
     if (!(number >= 0)) fail(path, "must not be negative");
+    if (number > ScenarioLoader::kLongestTime)
+      fail(path,
+           "must be at most " + std::to_string(static_cast<long long>(ScenarioLoader::kLongestTime)) + " seconds");
     return number;
   }
 
@@ -336,7 +341,8 @@ class ScenarioReader {
         account.myStatus = checker_.status(*status, member(path, "myStatus"));
       account.myMessage = checker_.string(item, "myMessage", path, "");
       account.invisible = checker_.boolean(item, "invisible", path, false);
-      account.nowPlaying = checker_.string(item, "nowPlaying", path, "");
+      if (const auto* nowPlaying = checker_.find(item, "nowPlaying"))
+        account.nowPlaying = checker_.string(*nowPlaying, member(path, "nowPlaying"));
       ids.add(account.id, account.id, member(path, "id"));
       logins.add(account.service + "\n" + platform::IMNameCollation::normalizeID(account.login),
                  account.login + " on " + account.service, member(path, "login"));
@@ -402,6 +408,8 @@ class ScenarioReader {
       if (auth->is_boolean()) {
         handle.authRequest = auth->get<bool>() ? platform::kIMAuthRequestPending : platform::kIMAuthRequestNone;
       } else if (auth->is_number_unsigned()) {
+        if (auth->get<std::uint64_t>() > 0xFFFFFFFFull)
+          checker_.fail(member(path, "authRequest"), "out of range (at most 4294967295)");
         handle.authRequest = auth->get<std::uint32_t>();
       } else {
         checker_.wrongType(*auth, member(path, "authRequest"), "true, false or a non-negative number");
@@ -477,20 +485,6 @@ bool scenarioHasHandle(const Scenario& scenario, const std::string& account, con
   return false;
 }
 
-// "line L, column C" of a byte offset (1-based, columns in bytes).
-std::string placeOfOffset(const std::string& text, std::size_t offset) {
-  std::size_t line = 1, column = 1;
-  for (std::size_t i = 0; i < offset && i < text.size(); ++i) {
-    if (text[i] == '\n') {
-      ++line;
-      column = 1;
-    } else {
-      ++column;
-    }
-  }
-  return "line " + std::to_string(line) + ", column " + std::to_string(column);
-}
-
 // The parser's explanation without its exception prefix and position.
 std::string syntaxProblem(const json::parse_error& error) {
   std::string what = error.what();
@@ -503,20 +497,22 @@ std::string syntaxProblem(const json::parse_error& error) {
 }  // namespace
 
 Scenario ScenarioLoader::loadFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw ScenarioError(path.string() + ": cannot read the file (" + std::strerror(errno) + ")");
-  std::ostringstream text;
-  text << file.rdbuf();
-  return parse(text.str(), path.string());
+  auto file = platform::InputFile::read(path);
+  if (!file.ok()) throw ScenarioError(path.string() + ": " + file.problem());
+  return parse(file.text, path.string());
 }
 
 Scenario ScenarioLoader::parse(const std::string& text, const std::string& source) {
+  using platform::JSONSerialization;
+  if (auto problem = JSONSerialization::findLimitProblem(text))
+    throw ScenarioError(source + ": " + JSONSerialization::placeOfOffset(text, problem->offset) + ": " +
+                        problem->message);
   json root;
   try {
     root = json::parse(text);
   } catch (const json::parse_error& error) {
     std::size_t offset = error.byte > 0 ? error.byte - 1 : 0;
-    throw ScenarioError(source + ": " + placeOfOffset(text, offset) + ": " + syntaxProblem(error));
+    throw ScenarioError(source + ": " + JSONSerialization::placeOfOffset(text, offset) + ": " + syntaxProblem(error));
   }
   return ScenarioReader(root, source).read();
 }
@@ -545,7 +541,8 @@ SimEvent ScenarioLoader::parseEvent(const json& value, const Scenario& scenario,
   event.type = *type;
   event.at = checker.seconds(item, "at", path, 0);
   auto allow = [&](std::initializer_list<const char*> fields) {
-    for (const auto& [key, unused] : item.items()) {
+    for (const auto& entry : item.items()) {
+      const std::string& key = entry.key();
       if (key == "at" || key == "type") continue;
       if (std::none_of(fields.begin(), fields.end(), [&key](const char* f) { return key == f; }))
         checker.fail(member(path, key), "not a field of a " + typeText + " event");

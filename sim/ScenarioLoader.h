@@ -17,6 +17,10 @@ namespace sim {
 // or, for a syntax error, "line L, column C".
 class ScenarioLoader {
  public:
+  // Times and durations in a scenario or script go no further than this (about
+  // 115 days), so that a run under the virtual clock always ends.
+  static constexpr double kLongestTime = 1e7;
+
   static Scenario loadFile(const std::filesystem::path& path);
   // source names the text in messages (a file name).
   static Scenario parse(const std::string& text, const std::string& source);

@@ -89,7 +89,7 @@ void SimWorld::buildAccounts() {
     account->setActive(entry.active);
     account->setCapabilities(entry.capabilities);
     account->setInvisible(entry.invisible);
-    auto nowPlaying = entry.nowPlaying.empty() ? nowPlayingFor(entry.myMessage) : entry.nowPlaying;
+    auto nowPlaying = entry.nowPlaying ? *entry.nowPlaying : nowPlayingFor(entry.myMessage);
     account->setMyStatus(entry.myStatus, entry.myMessage, nowPlaying);
     account->setLoginStatus(entry.loginStatus);
     accounts_[entry.id] = account;

@@ -65,6 +65,7 @@ void KibPeopleListGroup::setProperties(const platform::DictionaryPtr& properties
   }
   // supportsOfflineMembers is not one of the properties and keeps its value.
   resetAbilities();
+  setLocalizableName(std::nullopt);  // nil properties drop the name as well
   if (properties) applyProperties(*properties);
 }
 
@@ -87,7 +88,6 @@ void KibPeopleListGroup::applyProperties(const platform::Dictionary& properties)
     if (maxMembers > 0) _maxMembers = maxMembers;
   }
 
-  setLocalizableName(std::nullopt);
   auto key = platform::asString(properties.objectForKey(platform::kKBGroupLocalizableKey));
   if (key && !key->empty())
     setLocalizableName(platform::Bundle::mainBundle().localizedStringForKey(key->value(), "", ""));

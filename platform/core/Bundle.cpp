@@ -2,10 +2,9 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
+#include "platform/core/InputFile.h"
 #include "platform/core/JSONSerialization.h"
 #include "platform/core/Log.h"
 #include "platform/core/StringsTable.h"
@@ -61,14 +60,13 @@ Bundle::Bundle(std::string path, std::string identifier, std::string principalCl
 BundlePtr Bundle::bundleWithPath(const std::string& path) {
   fs::path folder = folderPath(path);
   fs::path infoPath = folder / "Info.json";
-  std::ifstream file(infoPath, std::ios::binary);
-  if (!file) {
-    report("No bundle at " + folder.string() + ": cannot read " + infoPath.string());
+  auto file = InputFile::read(infoPath);
+  if (!file.ok()) {
+    report("No bundle at " + folder.string() + ": " + infoPath.string() + " " + file.problem());
     return nullptr;
   }
-  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   std::string error = "it is not a JSON object";
-  auto info = JSONSerialization::parse(text, &error);
+  auto info = JSONSerialization::parse(file.text, &error);
   if (!info || !info->is_object()) {
     report("Bundle metadata " + infoPath.string() + " is unreadable: " + error);
     return nullptr;

@@ -1,6 +1,9 @@
 #include "platform/core/JSONSerialization.h"
 
+#include <cerrno>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <vector>
 
 #include "platform/core/Array.h"
@@ -92,7 +95,49 @@ std::optional<nlohmann::json> JSONSerialization::JSONWithObject(const ObjectPtr&
   return std::nullopt;
 }
 
+std::optional<JSONSerialization::LimitProblem> JSONSerialization::findLimitProblem(std::string_view text) {
+  int depth = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '"') {
+      for (++i; i < text.size() && text[i] != '"'; ++i)
+        if (text[i] == '\\') ++i;
+    } else if (c == '[' || c == '{') {
+      if (++depth > kMaxNestingDepth)
+        return LimitProblem{i, "nested deeper than " + std::to_string(kMaxNestingDepth) + " levels"};
+    } else if (c == ']' || c == '}') {
+      if (depth > 0) --depth;
+    } else if (c == '-' || (c >= '0' && c <= '9')) {
+      std::size_t end = i;
+      while (end < text.size() && std::strchr("+-.0123456789eE", text[end]) && text[end] != '\0') ++end;
+      const std::string number(text.substr(i, end - i));
+      errno = 0;
+      const double value = std::strtod(number.c_str(), nullptr);
+      if (errno == ERANGE && std::isinf(value)) return LimitProblem{i, "the number " + number + " is out of range"};
+      i = end - 1;
+    }
+  }
+  return std::nullopt;
+}
+
+std::string JSONSerialization::placeOfOffset(std::string_view text, std::size_t offset) {
+  std::size_t line = 1, column = 1;
+  for (std::size_t i = 0; i < offset && i < text.size(); ++i) {
+    if (text[i] == '\n') {
+      ++line;
+      column = 1;
+    } else {
+      ++column;
+    }
+  }
+  return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
 std::optional<nlohmann::json> JSONSerialization::parse(std::string_view text, std::string* error) {
+  if (auto problem = findLimitProblem(text)) {
+    setError(error, placeOfOffset(text, problem->offset) + ": " + problem->message);
+    return std::nullopt;
+  }
   try {
     return nlohmann::json::parse(text.begin(), text.end());
   } catch (const nlohmann::json::exception& e) {

@@ -20,7 +20,20 @@ class JSONSerialization {
   // a number that is not finite).
   static std::optional<nlohmann::json> JSONWithObject(const ObjectPtr& object, std::string* error);
 
-  // Parses UTF-8 JSON text; nullopt with the parser's message when it is malformed.
+  // The limits every JSON reader of the system applies before it parses, so
+  // that no input can exhaust the stack or smuggle in a number a double
+  // cannot hold: arrays and objects nest at most kMaxNestingDepth deep.
+  static constexpr int kMaxNestingDepth = 128;
+  struct LimitProblem {
+    std::size_t offset;  // of the byte where the text goes past a limit
+    std::string message;
+  };
+  static std::optional<LimitProblem> findLimitProblem(std::string_view text);
+  // "line L, column C" of a byte offset (1-based, columns in bytes).
+  static std::string placeOfOffset(std::string_view text, std::size_t offset);
+
+  // Parses UTF-8 JSON text within the limits; nullopt with the problem
+  // (the parser's message, or the place and the limit) when it is refused.
   static std::optional<nlohmann::json> parse(std::string_view text, std::string* error);
 };
 

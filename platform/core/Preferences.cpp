@@ -2,6 +2,9 @@
 
 #include <fcntl.h>
 #include <pwd.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +15,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/core/InputFile.h"
 #include "platform/core/JSONSerialization.h"
 #include "platform/core/Log.h"
 
@@ -21,8 +25,38 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
+// What tells a file apart from its earlier versions without reading it.
+struct FileIdentity {
+  dev_t device;
+  ino_t inode;
+  off_t size;
+  timespec modified;
+  timespec changed;
+
+  // Nullopt also while the file's times are too recent to tell two writes
+  // apart: the kernel stamps files with a coarse clock, so a file rewritten
+  // in place within one tick and at the same size would look unchanged.
+  static std::optional<FileIdentity> of(const fs::path& file) {
+    struct stat info {};
+    if (::stat(file.c_str(), &info) != 0) return std::nullopt;
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    auto nanoseconds = [](const timespec& t) { return static_cast<long double>(t.tv_sec) * 1e9L + t.tv_nsec; };
+    constexpr long double kSettled = 50e6L;  // 50 ms
+    if (nanoseconds(now) - nanoseconds(info.st_mtim) < kSettled) return std::nullopt;
+    return FileIdentity{info.st_dev, info.st_ino, info.st_size, info.st_mtim, info.st_ctim};
+  }
+  bool operator==(const FileIdentity& other) const {
+    auto same = [](const timespec& a, const timespec& b) { return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec; };
+    return device == other.device && inode == other.inode && size == other.size && same(modified, other.modified) &&
+           same(changed, other.changed);
+  }
+};
+
 // What this process knows of one domain.
 struct DomainState {
+  std::optional<FileIdentity> diskIdentity;           // the file as it was when last parsed
+  bool temporariesChecked = false;                    // stale temporary files were looked for
   std::string diskText;                               // the bytes last parsed
   json diskValues = json::object();                   // and what they hold
   std::map<std::string, std::optional<json>> pending;  // unsynchronized changes; nullopt removes
@@ -36,6 +70,7 @@ struct Store {
   std::map<std::string, DomainState> domains;
   Preferences::WriteObserver observer;
   std::vector<std::string> reports;  // written to the log once the lock is released
+  std::uint64_t diskReads = 0;
 };
 
 Store& store() {
@@ -86,31 +121,6 @@ fs::path homeDirectory() {
   if (const char* home = std::getenv("HOME"); home && *home) return home;
   if (const passwd* entry = getpwuid(getuid()); entry && entry->pw_dir) return entry->pw_dir;
   return fs::temp_directory_path();
-}
-
-struct FileContents {
-  enum class Status { Missing, Read, Failed } status;
-  std::string text;
-  int error = 0;
-};
-
-FileContents readFile(const fs::path& path) {
-  int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return {errno == ENOENT ? FileContents::Status::Missing : FileContents::Status::Failed, {}, errno};
-  FileContents contents{FileContents::Status::Read, {}, 0};
-  char buffer[8192];
-  for (;;) {
-    ssize_t count = ::read(fd, buffer, sizeof buffer);
-    if (count == 0) break;
-    if (count < 0) {
-      if (errno == EINTR) continue;
-      contents = {FileContents::Status::Failed, {}, errno};
-      break;
-    }
-    contents.text.append(buffer, static_cast<std::size_t>(count));
-  }
-  ::close(fd);
-  return contents;
 }
 
 bool writeAll(int fd, const std::string& text) {
@@ -193,6 +203,7 @@ std::optional<json> parseObject(const std::string& text, std::string* reason) {
 }
 
 void setDiskState(DomainState& state, std::string text, json values) {
+  state.diskIdentity.reset();
   state.diskText = std::move(text);
   state.diskValues = std::move(values);
   state.writeBlocked = false;
@@ -214,29 +225,62 @@ void setAsideCorruptFile(DomainState& state, const fs::path& file, const std::st
                         errorText(error) + "); reading it as empty and leaving it untouched");
 }
 
-// Brings the domain's view of the disk up to date.
+// Removes the temporary files that writers which no longer run left behind
+// (a write killed between creating its temporary file and the rename).
+void removeStaleTemporaries(const fs::path& file) {
+  const std::string prefix = file.filename().string() + ".tmp-";
+  std::error_code error;
+  for (fs::directory_iterator entry(file.parent_path(), error), end; !error && entry != end; entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
+    if (name.rfind(prefix, 0) != 0) continue;
+    const std::string digits = name.substr(prefix.size());
+    if (digits.empty() || digits.size() > 9 || digits.find_first_not_of("0123456789") != std::string::npos) continue;
+    const pid_t writer = static_cast<pid_t>(std::stol(digits));
+    if (writer != ::getpid() && ::kill(writer, 0) != 0 && errno == ESRCH) ::unlink(entry->path().c_str());
+  }
+}
+
+// Brings the domain's view of the disk up to date; a file that has not changed
+// since it was last parsed is not read again.
 void refresh(DomainState& state, const fs::path& file) {
-  FileContents contents = readFile(file);
+  if (!state.temporariesChecked) {
+    state.temporariesChecked = true;
+    removeStaleTemporaries(file);
+  }
+  auto identity = FileIdentity::of(file);
+  if (identity && state.diskIdentity && *identity == *state.diskIdentity) return;
+  InputFile::Contents contents = InputFile::read(file);
+  ++store().diskReads;
   switch (contents.status) {
-    case FileContents::Status::Missing:
+    case InputFile::Status::Missing:
       setDiskState(state, "", json::object());
       return;
-    case FileContents::Status::Failed:
+    case InputFile::Status::Folder:
+    case InputFile::Status::Unreadable:
+      state.diskIdentity.reset();
       state.diskText.clear();
       state.diskValues = json::object();
       state.writeBlocked = true;
-      reportOnce(state, "Cannot read preferences file " + file.string() + " (" + errorText(contents.error) +
-                            "); reading it as empty and leaving it untouched");
+      reportOnce(state, "Cannot read preferences file " + file.string() + ": " + contents.problem() +
+                            "; reading it as empty and leaving it untouched");
       return;
-    case FileContents::Status::Read:
+    case InputFile::Status::TooLarge:
+      setAsideCorruptFile(state, file, "", "it " + contents.problem());
+      return;
+    case InputFile::Status::Read:
       break;
   }
-  if (contents.text == state.diskText && !state.diskText.empty()) return;
+  if (contents.text == state.diskText && !state.diskText.empty()) {
+    state.diskIdentity = identity;
+    return;
+  }
   std::string reason;
-  if (auto values = parseObject(contents.text, &reason))
+  if (auto values = parseObject(contents.text, &reason)) {
     setDiskState(state, contents.text, std::move(*values));
-  else
+    state.diskIdentity = identity;
+  } else {
     setAsideCorruptFile(state, file, contents.text, reason);
+  }
 }
 
 json mergedValues(const DomainState& state) {
@@ -272,6 +316,7 @@ SyncResult synchronizeLocked(DomainState& state, const fs::path& file) {
     return SyncResult::Failed;
   }
   setDiskState(state, std::move(text), std::move(merged));
+  state.diskIdentity = FileIdentity::of(file);
   state.pending.clear();
   return SyncResult::Written;
 }
@@ -332,6 +377,11 @@ bool Preferences::appSynchronize(const std::string& domain) {
   }
   if (observer) observer(domain, file);
   return true;
+}
+
+std::uint64_t Preferences::diskReadCount() {
+  LockedStore s;
+  return s->diskReads;
 }
 
 void Preferences::setWriteObserver(WriteObserver observer) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -12,12 +13,16 @@ namespace platform {
 // domain is one JSON object in "<directory>/<domain>.json". Values are
 // strings, numbers, booleans (Number(bool)), arrays and dictionaries.
 //
-// Reads look at the file on disk every time (it is parsed again only when its
-// bytes changed), so a value written by another process is seen at the next
-// read; keys this process changed and has not synchronized yet answer the
-// local value. synchronize merges those keys into the file as it is on disk
+// Reads look at the file's identity (device, inode, size, times) every time
+// and read it again only when that changed, or while its last change is too
+// recent to tell writes apart; it is parsed again only when its bytes changed.
+// So a value written by another process is seen at the next read; keys this
+// process changed and has not synchronized yet answer the local value.
+// synchronize merges those keys into the file as it is on disk
 // now and writes it atomically (temporary file "<file>.tmp-<pid>", fsync,
-// rename, fsync of the folder), so a crash leaves the old file whole.
+// rename, fsync of the folder), so a crash leaves the old file whole; the
+// temporary files of writers that no longer run are removed when the domain
+// is first read.
 //
 // A file that is not a JSON object is read as empty, moved aside to
 // "<file>.corrupt" (or "<file>.corrupt-N", never over an earlier copy) and
@@ -50,6 +55,9 @@ class Preferences {
   // Called after the write, outside the store's lock.
   using WriteObserver = std::function<void(const std::string& domain, const std::filesystem::path& file)>;
   static void setWriteObserver(WriteObserver observer);
+  // How many times a preferences file was read from disk (reads of an
+  // unchanged file are served from memory).
+  static std::uint64_t diskReadCount();
 };
 
 }  // namespace platform

@@ -79,6 +79,8 @@ class RunLoop {
   // Thread-safe: wakes a loop that waits on its descriptors.
   void wakeUp();
 
+  // Timers, delayed performs and sources the loop holds (a long run must not let it grow).
+  std::size_t queuedWorkCount() const { return performs_.size() + timers_.size() + sources_.size(); }
   // The earliest due time of work in the mode, or infinity.
   double nextDueTime(RunLoopModes mode) const;
   // Drops every timer, perform and source (tests start from an empty loop).

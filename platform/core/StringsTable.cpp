@@ -7,9 +7,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
+#include "platform/core/InputFile.h"
 
 namespace platform {
 namespace {
@@ -195,14 +194,12 @@ std::optional<std::map<std::string, std::string>> StringsTable::parse(const std:
 }
 
 std::optional<std::map<std::string, std::string>> StringsTable::load(const std::string& path, std::string* error) {
-  std::ifstream file(path, std::ios::binary);
-  std::string text;
-  if (file) text.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  if (!file.is_open() || file.bad()) {
-    if (error) *error = path + ": cannot read it: " + std::strerror(errno);
+  auto file = InputFile::read(path);
+  if (!file.ok()) {
+    if (error) *error = path + ": " + file.problem();
     return std::nullopt;
   }
-  auto entries = parse(text, error);
+  auto entries = parse(file.text, error);
   if (!entries && error) *error = path + ", " + *error;
   return entries;
 }

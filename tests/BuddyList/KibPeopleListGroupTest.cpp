@@ -116,6 +116,11 @@ TEST_F(KibPeopleListGroupTest, TheLocalizableKeyNamesTheGroupForDisplay) {
   group->setProperties(makeDictionary({{kKBGroupLocalizableKey, makeString("Recent Buddies")}}));
   group->setProperties(makeDictionary({{kKBGroupSupportsAdd, makeNumber(true)}}));
   EXPECT_EQ(group->localizableName(), std::nullopt) << "each new dictionary starts without one";
+
+  group->setProperties(makeDictionary({{kKBGroupLocalizableKey, makeString("Recent Buddies")}}));
+  group->setProperties(nullptr);
+  EXPECT_EQ(group->localizableName(), std::nullopt) << "nil properties drop the name too";
+  EXPECT_EQ(group->displayName(), "Buddies");
 }
 
 TEST_F(KibPeopleListGroupTest, MembersAreKeptOnceInOrder) {

@@ -12,7 +12,7 @@ namespace kibtest {
 
 std::filesystem::path extraSourceDir() {
   if (const char* dir = std::getenv("KIB_TEST_SOURCE_DIR")) return dir;
-  return std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
+  return KIB_SOURCE_DIR;  // the build compiles it in; __FILE__ may be relative to the build
 }
 
 DaemonRequestLog::DaemonRequestLog() {

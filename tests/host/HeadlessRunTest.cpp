@@ -102,7 +102,13 @@ TEST_F(HeadlessRunTest, StepsThatCannotBeDoneAreReportedAndTheScriptGoesOn) {
                 "2 menu-close none",  // left open at the end of the script
                 "2 unload",
             }));
-  EXPECT_EQ(errors.str().substr(0, errors.str().find('\n')), "play.kbs:1: no menu is open");
+  EXPECT_EQ(errors.str().substr(0, errors.str().find('\n')), "kibbar: play.kbs:1: no menu is open");
+}
+
+TEST_F(HeadlessRunTest, LinesAtTheScriptsLastInstantStillActOnTheOpenMenu) {
+  EXPECT_EQ(play("wait 2\nclick\nchoose \"Say Hello\"\n"), 0) << errors.str();
+  EXPECT_EQ(outline({"menu-close", "test-log", "end"}),
+            (std::vector<std::string>{"2 menu-close Say Hello", "2 test-log hello", "2 test-log unloading", "2 end"}));
 }
 
 TEST_F(HeadlessRunTest, NothingActsOnAnUnloadedExtra) {

@@ -52,4 +52,18 @@ TEST(KeyDecoderTest, KeysSequencesAndMouseReports) {
   EXPECT_EQ(kinds(decoder.decode("\x1b[15~x")), std::vector<Kind>{Kind::Character});
 }
 
+TEST(KeyDecoderTest, MalformedMouseReportsAreDropped) {
+  KeyDecoder decoder;
+  for (const char* report : {"\x1b[<0;99999999999999999999;1M", "\x1b[<0;2147483648;1M", "\x1b[<0;-5;1M",
+                             "\x1b[<0;0;1M", "\x1b[<0;3M", "\x1b[<0;3;4;5M", "\x1b[<0;3:4M", "\x1b[<;;M"}) {
+    auto events = decoder.decode(std::string(report) + "q");
+    ASSERT_EQ(events.size(), 1u) << report;
+    EXPECT_EQ(events[0].kind, Kind::Character) << report;
+  }
+  // An escape inside a sequence abandons it; what follows is read afresh.
+  EXPECT_EQ(kinds(decoder.decode("\x1b[<0;1\x1b[A")),
+            (std::vector<Kind>{Kind::Escape, Kind::Character, Kind::Character, Kind::Character, Kind::Character,
+                               Kind::Character, Kind::Up}));
+}
+
 }  // namespace

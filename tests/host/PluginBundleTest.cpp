@@ -81,4 +81,39 @@ TEST_F(PluginBundleTest, WhatIsWrongWithABundleIsSaid) {
             "bundle " + otherClass.string() + ": " + library.string() + " defines no class VelmoKibExtra");
 }
 
+TEST_F(PluginBundleTest, DamagedLibrariesAndMetadataAreRefusedBeforeLoading) {
+  const std::string whole = kibtest::readBytes(kibtest::testBundlePath() / "TestExtra.so");
+  ASSERT_GT(whole.size(), 4096u);
+  std::string otherClass = whole;
+  otherClass[4] = 1;  // ELFCLASS32
+  std::string executable = whole;
+  executable[16] = 2;  // ET_EXEC
+  struct Case {
+    std::string name;
+    std::string bytes;
+    std::string reason;
+  };
+  const std::vector<Case> cases{
+      {"empty", "", "it is too short to be a library"},
+      {"text", std::string(100, 'x'), "it is not a shared library (no ELF header)"},
+      {"header only", whole.substr(0, 64), "its program headers are damaged or cut off"},
+      {"cut in half", whole.substr(0, whole.size() / 2), "it is cut off (its section headers lie past its end)"},
+      {"one byte short", whole.substr(0, whole.size() - 1), "it is cut off (its section headers lie past its end)"},
+      {"32-bit", otherClass, "it is not a 64-bit library"},
+      {"program", executable, "it is not a shared library (ELF type 2)"},
+  };
+  for (const auto& c : cases) {
+    auto folder = bundleWithInfo("Damaged.menuextra", R"({"principalClass": "TestExtra", "executable": "lib.so"})");
+    kibtest::writeFile(folder / "lib.so", c.bytes);
+    EXPECT_EQ(loadError(folder),
+              "bundle " + folder.string() + ": cannot load " + (folder / "lib.so").string() + ": " + c.reason)
+        << c.name;
+  }
+
+  auto folderInfo = tempDir / "FolderInfo.menuextra";
+  std::filesystem::create_directories(folderInfo / "Info.json");
+  EXPECT_EQ(loadError(folderInfo), "No bundle at " + folderInfo.string() + ": " + (folderInfo / "Info.json").string() +
+                                       " is a folder, not a file");
+}
+
 }  // namespace

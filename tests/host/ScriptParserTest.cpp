@@ -98,33 +98,46 @@ TEST(ScriptParserTest, StepsTakeTheScriptTimeAndTheirArguments) {
 }
 
 TEST(ScriptParserTest, BadLinesNameTheFileTheLineAndTheProblem) {
-  EXPECT_EQ(errorOf("wait 1\nfly away\n"),
-            "test.kbs:2: unknown command \"fly\" (commands: wait, at, click, choose, choose-index, key, dismiss, "
-            "event, post, self-test, unload)");
-  EXPECT_EQ(errorOf("wait soon"), "test.kbs:1: wait: expected a number of seconds, found \"soon\"");
-  EXPECT_EQ(errorOf("wait -1"), "test.kbs:1: wait: expected a number of seconds, found \"-1\"");
-  EXPECT_EQ(errorOf("wait"), "test.kbs:1: wait: expected a number of seconds");
-  EXPECT_EQ(errorOf("wait 5\nat 3\n"), "test.kbs:2: at 3 is earlier than the script's time 5");
-  EXPECT_EQ(errorOf("click twice"),
-            "test.kbs:1: unexpected \"twice\" (modifiers are shift, control, option and command)");
-  EXPECT_EQ(errorOf("choose"), "test.kbs:1: choose: expected the title of a menu item");
-  EXPECT_EQ(errorOf("choose \"Away"), "test.kbs:1: unterminated string");
-  EXPECT_EQ(errorOf("choose-index -2"), "test.kbs:1: choose-index: expected a whole number, found \"-2\"");
-  EXPECT_EQ(errorOf("dismiss now"), "test.kbs:1: unexpected \"now\" after dismiss");
-  EXPECT_EQ(errorOf("key enterprise"),
-            "test.kbs:1: key: expected one character or escape, return, tab, space or delete, found \"enterprise\"");
-  EXPECT_EQ(errorOf("post radio Hello"),
-            "test.kbs:1: post: unknown centre \"radio\" (centres: distributed, default, service or workspace)");
-  EXPECT_EQ(errorOf("post default Hello nil [1]"), "test.kbs:1: unexpected \"[1]\" after post");
-  EXPECT_EQ(errorOf("self-test"), "test.kbs:1: self-test: expected a whole number");
-  EXPECT_EQ(errorOf("event"), "test.kbs:1: event: expected a JSON event such as {\"type\": \"buddy-offline\", …}");
-  EXPECT_EQ(errorOf("event {\"type\": "), "test.kbs:1: event: not valid JSON: {\"type\":");
-  EXPECT_EQ(errorOf("event {\"type\": \"buddy-offline\", \"account\": \"icq\", \"handle\": \"x\"}"),
-            "test.kbs:1: event: $.account: no account with id \"icq\"");
-  EXPECT_EQ(errorOf("event {\"type\": \"buddy-offline\", \"account\": \"aim\", \"handle\": \"ghost\"}"),
-            "test.kbs:1: event: $.handle: no handle \"ghost\" on account \"aim\"");
-  EXPECT_EQ(errorOf("event {\"type\": \"status-text\", \"text\": \"hi\", \"at\": 3}"),
-            "test.kbs:1: event: leave out \"at\"; the event happens at the script's time (use wait or at)");
+  struct Case {
+    std::string script;
+    std::string error;
+  };
+  const std::string deep = std::string(1000, '[') + std::string(1000, ']');
+  const std::vector<Case> cases{
+      {"wait 1\nfly away\n",
+       "test.kbs:2: unknown command \"fly\" (commands: wait, at, click, choose, choose-index, key, dismiss, event, "
+       "post, self-test, unload)"},
+      {"wait soon", "test.kbs:1: wait: expected a number of seconds, found \"soon\""},
+      {"wait -1", "test.kbs:1: wait: expected a number of seconds, found \"-1\""},
+      {"wait", "test.kbs:1: wait: expected a number of seconds"},
+      {"wait 5\nat 3\n", "test.kbs:2: at 3 is earlier than the script's time 5"},
+      {"click twice", "test.kbs:1: unexpected \"twice\" (modifiers are shift, control, option and command)"},
+      {"choose", "test.kbs:1: choose: expected the title of a menu item"},
+      {"choose \"Away", "test.kbs:1: unterminated string"},
+      {"choose-index -2", "test.kbs:1: choose-index: expected a whole number, found \"-2\""},
+      {"dismiss now", "test.kbs:1: unexpected \"now\" after dismiss"},
+      {"key enterprise",
+       "test.kbs:1: key: expected one character or escape, return, tab, space or delete, found \"enterprise\""},
+      {"post radio Hello",
+       "test.kbs:1: post: unknown centre \"radio\" (centres: distributed, default, service or workspace)"},
+      {"post default Hello nil [1]", "test.kbs:1: unexpected \"[1]\" after post"},
+      {"self-test", "test.kbs:1: self-test: expected a whole number"},
+      {"event", "test.kbs:1: event: expected a JSON event such as {\"type\": \"buddy-offline\", …}"},
+      {"event {\"type\": ", "test.kbs:1: event: not valid JSON: {\"type\":"},
+      {"event {\"type\": \"buddy-offline\", \"account\": \"icq\", \"handle\": \"x\"}",
+       "test.kbs:1: event: $.account: no account with id \"icq\""},
+      {"event {\"type\": \"buddy-offline\", \"account\": \"aim\", \"handle\": \"ghost\"}",
+       "test.kbs:1: event: $.handle: no handle \"ghost\" on account \"aim\""},
+      {"event {\"type\": \"status-text\", \"text\": \"hi\", \"at\": 3}",
+       "test.kbs:1: event: leave out \"at\"; the event happens at the script's time (use wait or at)"},
+      {"post default Hello nil {\"a\": " + deep + "}",
+       "test.kbs:1: post user info: line 1, column 134: nested deeper than 128 levels"},
+      {"event {\"type\": \"buddy-status\", \"account\": \"aim\", \"handle\": \"jreyes77\", \"idle\": 1e999}",
+       "test.kbs:1: event: line 1, column 74: the number 1e999 is out of range"},
+      {"wait 10000001", "test.kbs:1: wait: 10000001 seconds is too long (at most 10000000)"},
+      {"wait 9000000\nwait 9000000", "test.kbs:2: wait: the script's time would go past 10000000 seconds"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(errorOf(c.script), c.error) << c.script;
 }
 
 TEST(ScriptParserTest, FilesAreReadWholeOrRefused) {
@@ -143,6 +156,19 @@ TEST(ScriptParserTest, FilesAreReadWholeOrRefused) {
     FAIL() << "a missing file must be refused";
   } catch (const ScriptError& error) {
     EXPECT_EQ(std::string(error.what()), path.string() + ": cannot read the file (No such file or directory)");
+  }
+}
+
+TEST(ScriptParserTest, FoldersAndEndlessFilesAreRefused) {
+  for (const auto& [path, problem] : std::vector<std::pair<std::string, std::string>>{
+           {std::filesystem::temp_directory_path().string(), "is a folder, not a file"},
+           {"/dev/zero", "is too large (more than 16 MiB)"}}) {
+    try {
+      ScriptParser::loadFile(path, scenario());
+      ADD_FAILURE() << path << " must be refused";
+    } catch (const ScriptError& error) {
+      EXPECT_EQ(std::string(error.what()), path + ": " + problem);
+    }
   }
 }
 

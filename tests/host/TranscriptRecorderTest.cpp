@@ -38,6 +38,8 @@ class TranscriptRecorderTest : public kibtest::PlatformTest {
   std::vector<nlohmann::ordered_json> lines() const { return transcriptLines(out.str()); }
 
   // Draws a slot with an icon and, when given, a text at x.
+  // Draws a slot with an icon and, when given, a text at x (and its following copy 20 points after its end, as a
+  // scrolling banner draws it).
   void display(const std::string& image, bool dimmed, std::optional<std::string> text = std::nullopt, double x = 30,
                bool highlighted = false) {
     platform::RecordingCanvas canvas;
@@ -47,6 +49,7 @@ class TranscriptRecorderTest : public kibtest::PlatformTest {
     icon.setEnabled(!dimmed);
     canvas.drawCell(icon, {2, 3, 20, 15});
     if (text) canvas.drawCell(platform::TextFieldCell(*text), {x, 0, 50, 20});
+    if (text && x < 30) canvas.drawCell(platform::TextFieldCell(*text), {x + 70, 0, 50, 20});
     recorder->slotDidDisplay(canvas);
   }
 
@@ -75,9 +78,13 @@ TEST_F(TranscriptRecorderTest, TheSlotIsWrittenWhenItChanges) {
   display("MenuExtra-.pdf", false, "Lunch");
   display("MenuExtra-.pdf", false, "Lunch", 30);
   display("MenuExtra-.pdf", false, "Lunch", 28);  // scrolling
-  display("MenuExtra-.pdf", false, "Lunch", 10);
-  display("MenuExtra-.pdf", false, "Lunch", 30);  // back at the start: one cycle
+  display("MenuExtra-.pdf", false, "Lunch", -38);
+  display("MenuExtra-.pdf", false, "Lunch", 30);  // where its copy stood: one cycle
   display("MenuExtra-.pdf", false, "Lunch", 28);
+  display("MenuExtra-.pdf", false, "Lunch", 10);
+  display("MenuExtra-.pdf", false, "Lunch", 30);  // a jump back: the scrolling restarts, no cycle
+  display("MenuExtra-.pdf", false, "Lunch", 28);
+  display("MenuExtra-.pdf", false, "Lunch", -40);
   display("MenuExtra-.pdf", false, "Lunch", 30);
   display("MenuExtra-.pdf", false, "Lunch", 30, true);
   display("MenuExtra-.pdf", false);
@@ -98,7 +105,8 @@ TEST_F(TranscriptRecorderTest, TheSlotIsWrittenWhenItChanges) {
                          "banner \"Lunch\"",
                          "banner-scroll \"start\"",
                          "banner-scroll \"wrap\" 1",
-                         "banner-scroll \"wrap\" 2",
+                         "banner-scroll \"start\"",
+                         "banner-scroll \"wrap\" 1",
                          "highlight true",
                          "highlight false",
                          "banner null",

@@ -207,8 +207,31 @@ TEST_F(ScenarioLoaderTest, EachKindOfBadScenarioIsRefusedWithItsPlaceAndProblem)
        "bad.json: $.events[0].text: not a field of a daemon-connect event"},
       {R"({ "events": [{ "at": "soon", "type": "daemon-connect" }] })",
        "bad.json: $.events[0].at: expected a number of seconds, found string"},
+      {R"({ "events": [{ "at": 1e300, "type": "daemon-connect" }] })",
+       "bad.json: $.events[0].at: must be at most 10000000 seconds"},
+      {"{ \"latency\": {\n \"status\": 1e400 } }", "bad.json: line 2, column 12: the number 1e400 is out of range"},
+      {R"({ "description": )" + std::string(5000, '[') + std::string(5000, ']') + "}",
+       "bad.json: line 1, column 145: nested deeper than 128 levels"},
+      {withAccounts(account, R"(, "people": [{ "id": "p", "handles": [{ "account": "aim", "id": "x", )"
+                             R"("authRequest": 4294967296 }] }])"),
+       "bad.json: $.people[0].handles[0].authRequest: out of range (at most 4294967295)"},
   };
   for (const auto& c : cases) EXPECT_EQ(refusal(c.text), c.message) << c.text;
+}
+
+TEST_F(ScenarioLoaderTest, FilesThatAreNoScenarioAreRefusedWithoutReadingThemWhole) {
+  auto refusalOfFile = [](const std::filesystem::path& path) -> std::string {
+    try {
+      ScenarioLoader::loadFile(path);
+    } catch (const ScenarioError& error) {
+      return error.what();
+    }
+    return "";
+  };
+  EXPECT_EQ(refusalOfFile(tempDir), tempDir.string() + ": is a folder, not a file");
+  EXPECT_EQ(refusalOfFile("/dev/zero"), "/dev/zero: is too large (more than 16 MiB)");
+  EXPECT_EQ(refusalOfFile(tempDir / "none.json"),
+            (tempDir / "none.json").string() + ": cannot read the file (No such file or directory)");
 }
 
 TEST_F(ScenarioLoaderTest, ARefusedFileLeavesTheRunningWorldAsItWas) {

@@ -305,3 +305,21 @@ TEST_F(SimWorldTest, ANewListenerHearsAboutTheAccountsOnTheNextTurn) {
   drain();
   EXPECT_EQ(centre.count(IMAccountControllerUpdatedNotification), 0u) << "a disconnected daemon says nothing";
 }
+
+TEST_F(SimWorldTest, AnAccountsNowPlayingTextIsFilledInOnlyWhenAbsent) {
+  struct Case {
+    const char* nowPlayingField;  // the JSON text after "nowPlaying": or nullptr for none
+    const char* expected;
+  };
+  const Case cases[] = {{nullptr, "\u266B Song"}, {R"("")", ""}, {R"("Other Song")", "Other Song"}};
+  for (const auto& c : cases) {
+    world.reset();
+    std::string account = R"({"id": "aim", "service": "AIM", "login": "me", "myMessage": "\u266B %@")";
+    if (c.nowPlayingField) account += std::string(R"(, "nowPlaying": )") + c.nowPlayingField;
+    world = SimWorld::make(sim::ScenarioLoader::parse(
+        R"({"services": [{"name": "AIM"}], "music": {"interop": true, "currentTrack": "Song"}, "accounts": [)" +
+            account + "}]}",
+        "music.json"));
+    EXPECT_EQ(world->account("aim")->myNowPlayingString(), c.expected) << (c.nowPlayingField ? c.nowPlayingField : "");
+  }
+}

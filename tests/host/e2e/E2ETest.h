@@ -22,9 +22,9 @@ class E2ETest : public ::testing::Test {
     std::filesystem::remove_all(dir, ignored);
   }
 
-  KibbarRun kibbar(const std::vector<std::string>& arguments) {
+  KibbarRun kibbar(const std::vector<std::string>& arguments, const std::filesystem::path& standardOutput = {}) {
     return runKibbar(arguments, dir / ("run-" + std::to_string(++runs)),
-                     {{"KIBBAR_CONFIG_DIR", (dir / "prefs").string()}});
+                     {{"KIBBAR_CONFIG_DIR", (dir / "prefs").string()}}, standardOutput);
   }
 
   std::filesystem::path dir;

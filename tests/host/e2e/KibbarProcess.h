@@ -48,11 +48,13 @@ struct KibbarRun {
 };
 
 // Runs the program built with the tests (KIBBAR) with the arguments and extra
-// environment variables; standard input is /dev/null.
+// environment variables; standard input is /dev/null, standard output a file
+// of the work folder unless another is given (/dev/full).
 inline KibbarRun runKibbar(const std::vector<std::string>& arguments, const std::filesystem::path& workDir,
-                           const std::map<std::string, std::string>& environment = {}) {
+                           const std::map<std::string, std::string>& environment = {},
+                           const std::filesystem::path& standardOutput = {}) {
   std::filesystem::create_directories(workDir);
-  const auto outPath = workDir / "stdout.txt";
+  const auto outPath = standardOutput.empty() ? workDir / "stdout.txt" : standardOutput;
   const auto errPath = workDir / "stderr.txt";
   const std::string program = environmentPath("KIBBAR").string();
 
@@ -88,7 +90,7 @@ inline KibbarRun runKibbar(const std::vector<std::string>& arguments, const std:
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   }
   posix_spawn_file_actions_destroy(&actions);
-  run.out = readFile(outPath);
+  if (standardOutput.empty()) run.out = readFile(outPath);
   run.errors = readFile(errPath);
   return run;
 }

@@ -198,6 +198,37 @@ TEST_F(ParloExtraTest, AStatusTextScrollsThreeTimesAndCollapses) {
   EXPECT_EQ(lengths[120], std::make_pair(16.0167, 24.0));
 }
 
+TEST_F(ParloExtraTest, AReplacedStatusTextCountsOnlyItsOwnScrollCycles) {
+  std::vector<std::string> banner;
+  for (const auto& line : play("status-text-replaced.kbs")) {
+    const std::string type = line["type"];
+    if (type == "banner") banner.push_back(line["text"].is_null() ? "none" : line["text"].get<std::string>());
+    if (type == "banner-scroll")
+      banner.push_back(line["event"].get<std::string>() + (line.contains("count") ? " " + line["count"].dump() : ""));
+  }
+  // The first text's scrolling goes on under the wider one and jumps back at the first text's length; the wider
+  // text's reveal ends with another jump back, where its own cycles start: neither is a finished cycle.
+  ASSERT_FALSE(banner.empty());
+  auto last = std::find(banner.begin(), banner.end(), "Reading the paper, back soon");
+  ASSERT_NE(last, banner.end());
+  EXPECT_EQ(std::vector<std::string>(last, banner.end()),
+            (std::vector<std::string>{"Reading the paper, back soon", "start", "start", "start", "wrap 1", "wrap 2",
+                                      "wrap 3", "none"}));
+}
+
+TEST_F(ParloExtraTest, InvisibilityShowsAsTheDaemonsWriteSettings) {
+  std::vector<std::string> requests;
+  for (const auto& line : linesOfType(play("invisible.kbs"), "daemon")) {
+    if (line["request"] == "addListenerID:capabilities:" || line["request"] == "removeListenerID:") continue;
+    std::string text = line["request"].get<std::string>();
+    for (const auto& argument : line["arguments"]) text += " " + argument.get<std::string>();
+    requests.push_back(text);
+  }
+  EXPECT_EQ(requests, (std::vector<std::string>{"setMyStatus:message: 4 nil", "writeSettings aim invisible",
+                                                "writeSettings ambrel invisible", "writeSettings jabber invisible",
+                                                "writeSettings vistel invisible"}));
+}
+
 TEST_F(ParloExtraTest, ChoosingABuddyOpensAChatInTheMessagingApplication) {
   auto lines = play("chat.kbs");
   std::vector<std::string> chats;

@@ -1,6 +1,10 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cmath>
+#include <ctime>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -130,7 +134,74 @@ TEST_F(PreferencesTest, ACrashBeforeTheRenameLeavesTheOldPreferencesReadable) {
   ASSERT_TRUE(Preferences::appSynchronize(kDomain));
   EXPECT_EQ(onDisk()["DefaultServiceName"], "Jabber");
   EXPECT_FALSE(fs::exists(ours)) << "the temporary file became the preferences file";
+  EXPECT_TRUE(fs::exists(someoneElses)) << "a running writer's file is left alone";
   EXPECT_TRUE(systemLog().empty());
+}
+
+TEST_F(PreferencesTest, TemporaryFilesOfWritersThatNoLongerRunAreRemoved) {
+  const pid_t gone = fork();
+  ASSERT_GE(gone, 0);
+  if (gone == 0) _exit(0);
+  ASSERT_EQ(waitpid(gone, nullptr, 0), gone);
+  fs::path stale = file();
+  stale += ".tmp-" + std::to_string(gone);
+  fs::path unrelated = file();
+  unrelated += ".tmp-notes";
+  writeFile(stale, R"({"DefaultServiceName": "Jab)");
+  writeFile(unrelated, "mine");
+  writeFile(file(), R"({"DefaultServiceName": "AIM"})");
+
+  restart();
+  EXPECT_EQ(stringValue(copy("DefaultServiceName")), "AIM");
+  EXPECT_FALSE(fs::exists(stale));
+  EXPECT_TRUE(fs::exists(unrelated)) << "only names a writer makes are touched";
+}
+
+TEST_F(PreferencesTest, AnUnchangedFileIsReadOnce) {
+  // An old file: its times are settled, so its identity tells writes apart.
+  auto age = [&](long seconds) {
+    const timespec times[2] = {{0, UTIME_OMIT}, {::time(nullptr) - seconds, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, file().c_str(), times, 0), 0);
+  };
+  writeFile(file(), R"({"DefaultServiceName": "AIM", "Filler": ")" + std::string(1 << 20, 'x') + "\"}");
+  age(3600);
+  const auto before = Preferences::diskReadCount();
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(stringValue(copy("DefaultServiceName")), "AIM");
+  EXPECT_EQ(Preferences::diskReadCount() - before, 1u);
+
+  // Rewritten in place at the same size and stamped with the same old time: its change time still tells.
+  writeFile(file(), R"({"DefaultServiceName": "XMP", "Filler": ")" + std::string(1 << 20, 'x') + "\"}");
+  age(3600);
+  EXPECT_EQ(stringValue(copy("DefaultServiceName")), "XMP");
+  EXPECT_EQ(Preferences::diskReadCount() - before, 2u);
+}
+
+TEST_F(PreferencesTest, HostileFilesAreKeptAsideNotFollowed) {
+  struct Case {
+    std::string name;
+    std::string text;
+    std::string reason;
+  };
+  const std::string deep = std::string(100000, '[') + std::string(100000, ']');
+  const std::vector<Case> cases{
+      {"deep under the key", R"({"DefaultServiceName": )" + deep + "}", "nested deeper than 128 levels"},
+      {"deep under another key", R"({"DefaultServiceName": "AIM", "x": )" + deep + "}",
+       "nested deeper than 128 levels"},
+      {"a number past a double", R"({"DefaultServiceName": 1e400})", "the number 1e400 is out of range"},
+      {"too large", std::string(17 << 20, ' '), "too large (more than 16 MiB)"},
+  };
+  int corrupt = 0;
+  for (const auto& c : cases) {
+    restart();
+    writeFile(file(), c.text);
+    EXPECT_EQ(copy("DefaultServiceName"), nullptr) << c.name;
+    fs::path aside = file();
+    aside += corrupt == 0 ? std::string(".corrupt") : ".corrupt-" + std::to_string(corrupt);
+    ++corrupt;
+    EXPECT_EQ(fs::file_size(aside), c.text.size()) << c.name << ": nothing is lost";
+    ASSERT_EQ(systemLog().size(), static_cast<std::size_t>(corrupt)) << c.name;
+    EXPECT_NE(systemLog().back().find(c.reason), std::string::npos) << systemLog().back();
+  }
 }
 
 TEST_F(PreferencesTest, ACorruptFileReadsAsEmptyIsKeptAsideAndReportedOnce) {

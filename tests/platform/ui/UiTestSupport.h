@@ -12,10 +12,10 @@
 
 namespace uitest {
 
-// The repository root: from KIB_TEST_SOURCE_DIR (set by CTest), else from this file's place.
+// The repository root: from KIB_TEST_SOURCE_DIR (set by CTest), else the one the build names.
 inline std::filesystem::path sourceDir() {
   if (const char* dir = std::getenv("KIB_TEST_SOURCE_DIR")) return dir;
-  return std::filesystem::path(__FILE__).parent_path().parent_path().parent_path().parent_path();
+  return KIB_SOURCE_DIR;  // the build compiles it in; __FILE__ may be relative to the build
 }
 
 inline std::filesystem::path resourcesDir() { return sourceDir() / "Resources"; }
