@@ -25,6 +25,7 @@ struct CommandLine {
   std::optional<std::string> transcript;  // --transcript FILE, "-" for standard output
   std::uint32_t selfTest = 0;             // --self-test N
   bool daemonQueries = true;              // --no-queries leaves daemon queries out of transcripts
+  std::string backend = "sim";            // --backend sim|purple: the simulated world or a libpurple client
 
   static CommandLine parse(const std::vector<std::string>& arguments);
   static std::string usage();

@@ -25,6 +25,10 @@ class HeadlessRun {
   // the extra is created by start().
   HeadlessRun(sim::Scenario scenario, const std::string& scenarioName, const PluginBundle& plugin,
               std::ostream& transcriptOut, std::ostream& errors, bool daemonQueries);
+  // Over a real backend already installed as the daemon controller's: the
+  // real clock, no simulated world; "wait" then means real seconds.
+  HeadlessRun(const std::string& backendName, const PluginBundle& plugin, std::ostream& transcriptOut,
+              std::ostream& errors, bool daemonQueries);
   ~HeadlessRun();
   HeadlessRun(const HeadlessRun&) = delete;
   HeadlessRun& operator=(const HeadlessRun&) = delete;
@@ -40,7 +44,7 @@ class HeadlessRun {
   int runSelfTest(std::uint32_t test, std::ostream& testLog);
 
   StatusBarHost& host() { return *host_; }
-  sim::SimWorld& world() { return *world_; }
+  TranscriptRecorder& recorder() { return *recorder_; }
 
  private:
   void finish();

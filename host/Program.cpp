@@ -10,6 +10,7 @@
 #include "host/CommandLine.h"
 #include "host/HeadlessRun.h"
 #include "host/PluginBundle.h"
+#include "host/PurpleSession.h"
 #include "host/ScriptParser.h"
 #include "host/TerminalFrontend.h"
 #include "platform/ui/Image.h"
@@ -83,8 +84,11 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
 
   sim::Scenario scenario;
   Script script;
+  const bool purple = line.backend == "purple";
   try {
-    scenario = line.scenario ? sim::ScenarioLoader::loadFile(*line.scenario) : sim::ScenarioLoader::defaultScenario();
+    // Over a libpurple client there is no simulated world: script events name nothing.
+    if (!purple)
+      scenario = line.scenario ? sim::ScenarioLoader::loadFile(*line.scenario) : sim::ScenarioLoader::defaultScenario();
     if (line.script) script = ScriptParser::loadFile(*line.script, scenario);
   } catch (const sim::ScenarioError& error) {
     errors << "kibbar: " << error.what() << '\n';
@@ -104,6 +108,12 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   platform::Image::setSystemImageDirectories({plugin->bundle()->resourcePath()});
 
   const std::string scenarioName = line.scenario ? *line.scenario : "built-in";
+  if (purple && line.mode == CommandLine::Mode::Terminal) {
+    errors << "kibbar: --backend purple runs headless for now (give --script FILE or --self-test N)\n";
+    return kBadInput;
+  }
+  std::unique_ptr<PurpleSession> session;
+  if (purple && !(session = PurpleSession::open(errors))) return kBadInput;
   if (line.mode == CommandLine::Mode::Terminal) {
     if (!isatty(STDIN_FILENO) || !isatty(STDOUT_FILENO)) {
       errors << "kibbar: the terminal frontend needs a terminal (use --script FILE for a headless run)\n";
@@ -121,11 +131,18 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   auto transcriptPath = line.transcript;
   if (!selfTest && !transcriptPath) transcriptPath = "-";
   if (!transcript.open(transcriptPath, out, errors)) return kBadInput;
-  HeadlessRun run(std::move(scenario), scenarioName, *plugin, transcript.stream(), errors, line.daemonQueries);
-  if (!run.start()) return kBadInput;
-  if (!selfTest) return run.playScript(script);
+  auto run = purple ? std::make_unique<HeadlessRun>("purple", *plugin, transcript.stream(), errors, line.daemonQueries)
+                    : std::make_unique<HeadlessRun>(std::move(scenario), scenarioName, *plugin, transcript.stream(),
+                                                    errors, line.daemonQueries);
+  if (session) {
+    session->backend().setActivityObserver(
+        [&recorder = run->recorder()](const std::string& activity) { recorder.recordApplicationActivity(activity); });
+    session->start();
+  }
+  if (!run->start()) return kBadInput;
+  if (!selfTest) return run->playScript(script);
   std::ostream null(nullptr);
-  return run.runSelfTest(line.selfTest, transcript.toStandardOutput(out) ? null : out);
+  return run->runSelfTest(line.selfTest, transcript.toStandardOutput(out) ? null : out);
 }
 
 }  // namespace kibhost
