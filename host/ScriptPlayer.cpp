@@ -6,10 +6,15 @@
 #include "platform/core/RunLoop.h"
 #include "platform/core/String.h"
 
+#include <algorithm>
+#include <limits>
 #include <sstream>
 
 namespace kibhost {
 namespace {
+
+// How often a waiting wait-for step looks at the menu.
+constexpr double kWaitForInterval = 0.1;
 
 platform::NotificationCenter& centreNamed(const std::string& name) {
   if (name == "distributed") return platform::DistributedNotificationCenter::defaultCenter();
@@ -28,8 +33,13 @@ int ScriptPlayer::play() {
   if (endTimeObserver_) endTimeObserver_(start_ + script_.endTime);
   scheduleStep(0);
   auto& clock = platform::Clock::current();
-  while (clock.now() < start_ + delay_ + script_.endTime)
-    platform::RunLoop::main().runUntil(start_ + delay_ + script_.endTime, platform::kDefaultRunLoopMode);
+  while (true) {
+    const double end = start_ + delay_ + script_.endTime, now = clock.now();
+    if (!waiting_ && now >= end) break;
+    // While a wait-for waits, the end is not known yet.
+    platform::RunLoop::main().runUntil(waiting_ ? std::max(end, now + kWaitForInterval) : end,
+                                       platform::kDefaultRunLoopMode);
+  }
   return failures_;
 }
 
@@ -185,8 +195,10 @@ bool ScriptPlayer::menuShows(const std::string& title) {
 }
 
 void ScriptPlayer::waitFor(std::size_t index, double began) {
-  // How often a waiting step looks at the menu.
-  constexpr double kWaitForInterval = 0.1;
+  if (!waiting_) {
+    waiting_ = true;
+    if (endTimeObserver_) endTimeObserver_(std::numeric_limits<double>::infinity());
+  }
   const ScriptStep& step = script_.steps[index];
   const double now = platform::Clock::current().now();
   const bool done = menuShows(step.title) != step.absent;
@@ -202,6 +214,7 @@ void ScriptPlayer::waitFor(std::size_t index, double began) {
                    limit.str() + " s");
   }
   delay_ += now - began;
+  waiting_ = false;
   if (endTimeObserver_) endTimeObserver_(start_ + delay_ + script_.endTime);
   scheduleStep(index + 1);
 }

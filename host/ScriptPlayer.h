@@ -52,7 +52,8 @@ class ScriptPlayer {
   Transcript& transcript_;
   std::ostream& errors_;
   double start_ = 0;
-  double delay_ = 0;  // time taken by wait-for steps so far
+  double delay_ = 0;      // time taken by wait-for steps so far
+  bool waiting_ = false;  // a wait-for step is waiting
   int failures_ = 0;
   std::function<void(double)> endTimeObserver_;
 };

@@ -69,9 +69,9 @@ PurpleBackend::~PurpleBackend() {
 void PurpleBackend::start() {
   platform::IMDaemonController::sharedController()->setBackend(shared_from_this());
   std::weak_ptr<PurpleBackend> weakSelf = shared_from_this();
-  watch_.emplace(bus_.watchName(kPurpleService, [weakSelf](const std::string& owner) {
+  watch_ = bus_.watchName(kPurpleService, [weakSelf](const std::string& owner) {
     if (auto self = weakSelf.lock()) self->ownerChanged(owner);
-  }));
+  });
   ownerChanged(bus_.ownerOf(kPurpleService));
 }
 
@@ -128,8 +128,9 @@ void PurpleBackend::subscribe() {
 
 void PurpleBackend::readEverything() {
   vcCapabilities_ = PurpleMapping::vcCapabilitiesForUI(reader_->ui());
+  mirror_.setSavedStatusInvisible(reader_->currentSavedPrimitive() == PurplePrimitive::Invisible);
   for (auto id : reader_->accountIDs()) refreshAccount(id, true);
-  refreshSavedStatuses();
+  mirror_.applySavedStatuses(reader_->savedStatuses());
 }
 
 // Runs inside the bus library's dispatch: nothing may escape.
@@ -199,7 +200,14 @@ void PurpleBackend::refreshNode(PurpleID node) {
   for (auto buddy : mirror_.buddiesOfContact(node)) refreshBuddy(buddy);
 }
 
-void PurpleBackend::refreshSavedStatuses() { mirror_.applySavedStatuses(reader_->savedStatuses()); }
+// A change of the current saved status may change the accounts' invisibility.
+void PurpleBackend::refreshSavedStatuses() {
+  mirror_.applySavedStatuses(reader_->savedStatuses());
+  const bool invisible = reader_->currentSavedPrimitive() == PurplePrimitive::Invisible;
+  if (invisible == mirror_.savedStatusInvisible()) return;
+  mirror_.setSavedStatusInvisible(invisible);
+  for (auto id : mirror_.accountIDs()) refreshAccount(id, false);
+}
 
 void PurpleBackend::addListener(const std::string& listenerID, std::uint32_t capabilities) {
   listeners_[listenerID] = capabilities;

@@ -78,7 +78,7 @@ class PurpleBackend final : public platform::IMDaemonBackend, public std::enable
   bool allAccountsInvisible() const;
 
   kibbus::BusConnection& bus_;
-  std::optional<kibbus::NameWatch> watch_;
+  kibbus::BusConnection::NameWatch watch_;
   std::string owner_;
   std::unique_ptr<sdbus::IProxy> proxy_;
   std::unique_ptr<PurpleClient> client_;

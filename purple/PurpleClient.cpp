@@ -21,8 +21,10 @@ void PurpleClient::invoke(const char* method, const std::string& description,
                           const std::function<void(sdbus::MethodInvoker&)>& complete) {
   if (std::chrono::steady_clock::now() < unresponsiveUntil_)
     throw PurpleReplyError(description + ": the client did not answer a moment ago");
+  // The invoker keeps a reference to the name: it must outlive the call.
+  const std::string name = method;
   try {
-    auto invoker = proxy_.callMethod(method);
+    auto invoker = proxy_.callMethod(name);
     invoker.onInterface(kPurpleInterface).withTimeout(timeout_);
     complete(invoker);
   } catch (const sdbus::Error& error) {

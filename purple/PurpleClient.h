@@ -49,6 +49,7 @@ class PurpleClient {
     out << method << '(';
     const char* separator = "";
     ((out << separator << quoted(args), separator = ", "), ...);
+    (void)separator;
     out << ')';
     return out.str();
   }

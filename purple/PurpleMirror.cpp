@@ -58,8 +58,13 @@ platform::IMAccountPtr PurpleMirror::applyAccount(const PurpleAccountRecord& rec
   }
   account->setCapabilities(PurpleMapping::accountCapabilities(record));
   account->setActive(record.enabled);
-  account->setInvisible(record.connected && record.primitive == PurplePrimitive::Invisible);
-  auto status = record.connected ? PurpleMapping::accountStatus(record.primitive) : platform::kIMPersonStatusOffline;
+  // An invisible user's accounts report available.
+  const bool invisible =
+      record.connected && (record.primitive == PurplePrimitive::Invisible || savedStatusInvisible_);
+  account->setInvisible(invisible);
+  auto status = !record.connected ? platform::kIMPersonStatusOffline
+                : invisible       ? platform::kIMPersonStatusAvailable
+                                  : PurpleMapping::accountStatus(record.primitive);
   account->setMyStatus(status, record.message);
   account->setLoginStatus(loginStatusOf(record));
   updateService(account->service());

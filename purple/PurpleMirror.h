@@ -38,6 +38,12 @@ class PurpleMirror {
   // and away messages.
   void applySavedStatuses(const std::vector<PurpleSavedStatusRecord>& records);
 
+  // Whether the client's current saved status is the invisible one. Accounts
+  // whose protocol has no invisible status stay visible to their buddies, but
+  // the user chose invisibility, and the client shows it: so do the accounts here.
+  void setSavedStatusInvisible(bool invisible) { savedStatusInvisible_ = invisible; }
+  bool savedStatusInvisible() const { return savedStatusInvisible_; }
+
   // The client went away: every account and handle leaves the mirror and every service goes offline.
   void clear();
 
@@ -59,7 +65,8 @@ class PurpleMirror {
   std::map<PurpleID, platform::IMAccountPtr> accounts_;
   std::map<PurpleID, Buddy> buddies_;
   std::map<PurpleID, platform::IMPersonPtr> people_;
-  std::map<std::string, std::string> protocols_;  // service internal name -> protocol id
+  std::map<std::string, std::string> protocols_;
+  bool savedStatusInvisible_ = false;  // service internal name -> protocol id
 };
 
 }  // namespace kibpurple

@@ -133,6 +133,17 @@ std::vector<PurpleSavedStatusRecord> PurpleReader::savedStatuses() {
   return records;
 }
 
+std::optional<PurplePrimitive> PurpleReader::currentSavedPrimitive() {
+  try {
+    auto current = client_.call<PurpleID>("PurpleSavedstatusGetCurrent");
+    if (current <= 0) return std::nullopt;
+    return primitive(client_.integer("PurpleSavedstatusGetType", current), where("saved status", current));
+  } catch (const PurpleReplyError& error) {
+    complaints_.complain(error.what());
+    return std::nullopt;
+  }
+}
+
 std::string PurpleReader::ui() {
   if (ui_) return *ui_;
   try {

@@ -25,6 +25,8 @@ class PurpleReader {
   std::optional<PurpleBuddyRecord> buddy(PurpleID id);
   // The saved statuses, unreadable ones left out.
   std::vector<PurpleSavedStatusRecord> savedStatuses();
+  // The primitive of the client's current saved status; nothing when it cannot be read.
+  std::optional<PurplePrimitive> currentSavedPrimitive();
   // The client's user-interface id ("gnt-purple", "gtk-gaim"), "" when unknown; asked once.
   std::string ui();
   // Whether a blist node is a contact; false when it cannot be told.
