@@ -98,13 +98,36 @@ void PurpleBackend::connect(const std::string& owner) {
   }
   client_ = std::make_unique<PurpleClient>(*proxy_);
   reader_ = std::make_unique<PurpleReader>(*client_, complaints_);
+  readAttempts_ = 0;
+  attemptFirstRead();
+}
+
+// A client takes its name before it answers calls; until a whole read goes
+// through it is not connected.
+void PurpleBackend::attemptFirstRead() {
+  constexpr int kMaximumAttempts = 10;
+  constexpr double kRetryDelay = 1.0;
+  const auto unansweredBefore = client_->unansweredCalls();
   readEverything();
-  note("client appeared (" + (reader_->ui().empty() ? std::string("unknown interface") : reader_->ui()) + ")");
+  if (client_->unansweredCalls() != unansweredBefore && ++readAttempts_ < kMaximumAttempts) {
+    platform::RunLoop::main().performBlock(kRetryDelay, platform::kCommonRunLoopModes,
+                                           [weakSelf = weak_from_this(), owner = owner_] {
+                                             auto self = weakSelf.lock();
+                                             if (self && self->owner_ == owner && self->client_ && !self->ready_)
+                                               self->attemptFirstRead();
+                                           });
+    return;
+  }
+  ready_ = true;
+  const auto ui = reader_->ui();
+  note("client appeared (" + (ui.empty() ? std::string("unknown interface") : ui) + ")");
   platform::IMDaemonController::sharedController()->noteDaemonDidConnect();
   if (!listeners_.empty()) platform::IMAccountController::sharedInstance()->postUpdated();
 }
 
 void PurpleBackend::disconnect() {
+  const bool wasReady = ready_;
+  ready_ = false;
   reader_.reset();
   client_.reset();
   proxy_.reset();
@@ -112,6 +135,7 @@ void PurpleBackend::disconnect() {
   pendingRequest_.reset();
   mirror_.clear();
   complaints_.forget();
+  if (!wasReady) return;
   note("client went away");
   platform::IMDaemonController::sharedController()->noteDaemonDidDisconnect();
 }

@@ -44,7 +44,8 @@ class PurpleBackend final : public platform::IMDaemonBackend, public std::enable
   void loginAllAccounts() override;
   void loginAccount(const platform::IMAccountPtr& account) override;
   void writeAccountSettings(const platform::IMAccountPtr& account) override;
-  bool isConnected() const override { return client_ != nullptr; }
+  // Connected once the client's state has been read.
+  bool isConnected() const override { return ready_; }
   std::uint64_t vcCapabilities() const override { return vcCapabilities_; }
   platform::ObjectPtr valueOfPersistentProperty(const std::string& key) const override;
 
@@ -65,6 +66,8 @@ class PurpleBackend final : public platform::IMDaemonBackend, public std::enable
   void disconnect();
   void subscribe();
   void readEverything();
+  // Reads everything; a client that is still starting up gets a few more tries.
+  void attemptFirstRead();
   void onSignal(const std::string& name, sdbus::Signal& signal);
 
   void refreshAccount(PurpleID id, bool withBuddies);
@@ -100,6 +103,8 @@ class PurpleBackend final : public platform::IMDaemonBackend, public std::enable
   std::map<std::string, bool> invisibility_;  // account unique ID -> as last written
   bool invisibleApplied_ = false;
   bool updateScheduled_ = false;
+  bool ready_ = false;
+  int readAttempts_ = 0;
 };
 
 }  // namespace kibpurple

@@ -4,7 +4,7 @@ namespace kibpurple {
 namespace {
 
 // How long a client that let a call time out is left alone.
-constexpr auto kUnresponsivePause = std::chrono::seconds(2);
+constexpr auto kUnresponsivePause = std::chrono::milliseconds(1000);
 
 bool isTimeout(const sdbus::Error& error) {
   return error.getName() == "org.freedesktop.DBus.Error.NoReply" ||
@@ -19,8 +19,10 @@ PurpleClient::PurpleClient(sdbus::IProxy& proxy, std::chrono::milliseconds timeo
 
 void PurpleClient::invoke(const char* method, const std::string& description,
                           const std::function<void(sdbus::MethodInvoker&)>& complete) {
-  if (std::chrono::steady_clock::now() < unresponsiveUntil_)
-    throw PurpleReplyError(description + ": the client did not answer a moment ago");
+  if (std::chrono::steady_clock::now() < unresponsiveUntil_) {
+    ++unanswered_;
+    throw PurpleNoAnswer(description + ": the client did not answer a moment ago");
+  }
   // The invoker keeps a reference to the name: it must outlive the call.
   const std::string name = method;
   try {
@@ -28,8 +30,10 @@ void PurpleClient::invoke(const char* method, const std::string& description,
     invoker.onInterface(kPurpleInterface).withTimeout(timeout_);
     complete(invoker);
   } catch (const sdbus::Error& error) {
-    if (isTimeout(error)) unresponsiveUntil_ = std::chrono::steady_clock::now() + kUnresponsivePause;
-    throw PurpleReplyError(description + ": " + error.getMessage());
+    if (!isTimeout(error)) throw PurpleReplyError(description + ": " + error.getMessage());
+    ++unanswered_;
+    unresponsiveUntil_ = std::chrono::steady_clock::now() + kUnresponsivePause;
+    throw PurpleNoAnswer(description + ": " + error.getMessage());
   }
 }
 

@@ -20,7 +20,7 @@ inline constexpr const char* kPurpleInterface = "im.pidgin.purple.PurpleInterfac
 // call timeout; after a call that got no answer the client counts as
 // unresponsive for a while and further calls fail at once, so one stuck
 // client costs the run loop one timeout, not one per call. Failures of any
-// kind throw PurpleReplyError.
+// kind throw PurpleReplyError (PurpleNoAnswer for no answer).
 class PurpleClient {
  public:
   explicit PurpleClient(sdbus::IProxy& proxy, std::chrono::milliseconds timeout = std::chrono::milliseconds(500));
@@ -41,6 +41,9 @@ class PurpleClient {
   std::int32_t integer(const char* method, PurpleID id) { return call<std::int32_t>(method, id); }
   std::string text(const char* method, PurpleID id) { return call<std::string>(method, id); }
   std::vector<PurpleID> ids(const char* method) { return call<std::vector<PurpleID>>(method); }
+
+  // Calls that got no answer in time so far (a client still starting up, or stuck).
+  std::uint64_t unansweredCalls() const { return unanswered_; }
 
  private:
   template <class... Args>
@@ -66,6 +69,7 @@ class PurpleClient {
   sdbus::IProxy& proxy_;
   std::chrono::milliseconds timeout_;
   std::chrono::steady_clock::time_point unresponsiveUntil_{};
+  std::uint64_t unanswered_ = 0;
 };
 
 }  // namespace kibpurple

@@ -11,6 +11,14 @@ bool flag(std::int32_t value) { return value != 0; }
 
 }  // namespace
 
+// A client that does not answer is said once, not once per call.
+void PurpleReader::skip(const PurpleReplyError& error) {
+  if (dynamic_cast<const PurpleNoAnswer*>(&error))
+    complaints_.complain("the client does not answer in time");
+  else
+    complaints_.complain(error.what());
+}
+
 std::vector<PurpleID> PurpleReader::validIDs(std::vector<PurpleID> ids, const std::string& where) {
   std::vector<PurpleID> valid;
   for (auto id : ids) {
@@ -26,7 +34,7 @@ std::vector<PurpleID> PurpleReader::accountIDs() {
   try {
     return validIDs(client_.ids("PurpleAccountsGetAll"), "PurpleAccountsGetAll");
   } catch (const PurpleReplyError& error) {
-    complaints_.complain(error.what());
+    skip(error);
     return {};
   }
 }
@@ -37,7 +45,7 @@ std::vector<PurpleID> PurpleReader::buddyIDs(PurpleID account) {
     return validIDs(client_.call<std::vector<PurpleID>>("PurpleFindBuddies", account, std::string()),
                     where("the buddy list of account", account));
   } catch (const PurpleReplyError& error) {
-    complaints_.complain(error.what());
+    skip(error);
     return {};
   }
 }
@@ -76,7 +84,7 @@ std::optional<PurpleAccountRecord> PurpleReader::account(PurpleID id) {
                                                         static_cast<std::int32_t>(PurplePrimitive::Invisible)) != 0;
     return record;
   } catch (const PurpleReplyError& error) {
-    complaints_.complain(error.what());
+    skip(error);
     return std::nullopt;
   }
 }
@@ -102,7 +110,7 @@ std::optional<PurpleBuddyRecord> PurpleReader::buddy(PurpleID id) {
     record.mediaCaps = client_.integer("PurpleBuddyGetMediaCaps", id);
     return record;
   } catch (const PurpleReplyError& error) {
-    complaints_.complain(error.what());
+    skip(error);
     return std::nullopt;
   }
 }
@@ -117,7 +125,7 @@ std::optional<PurpleSavedStatusRecord> PurpleReader::savedStatus(PurpleID id) {
     record.transient = flag(client_.integer("PurpleSavedstatusIsTransient", id));
     return record;
   } catch (const PurpleReplyError& error) {
-    complaints_.complain(error.what());
+    skip(error);
     return std::nullopt;
   }
 }
@@ -128,7 +136,7 @@ std::vector<PurpleSavedStatusRecord> PurpleReader::savedStatuses() {
     for (auto id : validIDs(client_.ids("PurpleSavedstatusesGetAll"), "PurpleSavedstatusesGetAll"))
       if (auto record = savedStatus(id)) records.push_back(std::move(*record));
   } catch (const PurpleReplyError& error) {
-    complaints_.complain(error.what());
+    skip(error);
   }
   return records;
 }
@@ -139,7 +147,7 @@ std::optional<PurplePrimitive> PurpleReader::currentSavedPrimitive() {
     if (current <= 0) return std::nullopt;
     return primitive(client_.integer("PurpleSavedstatusGetType", current), where("saved status", current));
   } catch (const PurpleReplyError& error) {
-    complaints_.complain(error.what());
+    skip(error);
     return std::nullopt;
   }
 }
@@ -150,7 +158,7 @@ std::string PurpleReader::ui() {
     ui_ = client_.call<std::string>("PurpleCoreGetUi");
     return *ui_;
   } catch (const PurpleReplyError& error) {
-    complaints_.complain(error.what());
+    skip(error);
     return "";
   }
 }

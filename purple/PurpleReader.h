@@ -34,6 +34,7 @@ class PurpleReader {
 
  private:
   // The active status's primitive and message.
+  void skip(const PurpleReplyError& error);
   void readStatus(PurpleID status, PurplePrimitive& primitive, std::string& message);
   PurplePrimitive primitive(std::int32_t wire, const std::string& where);
   std::optional<PurpleSavedStatusRecord> savedStatus(PurpleID id);

@@ -12,4 +12,10 @@ class PurpleReplyError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The client did not answer in time (or was left alone after such a call).
+class PurpleNoAnswer : public PurpleReplyError {
+ public:
+  using PurpleReplyError::PurpleReplyError;
+};
+
 }  // namespace kibpurple

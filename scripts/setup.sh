@@ -4,7 +4,7 @@
 set -euo pipefail
 packages=(g++ cmake make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libicu-dev nlohmann-json3-dev tmux python3
   libsdbus-c++-dev libsystemd-dev)
-test_packages=(dbus)
+test_packages=(dbus prosody finch python3-slixmpp)
 if [ "${1:-}" = "--tests" ]; then
   packages+=("${test_packages[@]}")
 fi
