@@ -386,6 +386,13 @@ def main():
     if missing:
         print("skipped: not installed: " + ", ".join(missing))
         return 77
+    # Without a session bus: one error line and exit status 2.
+    nobus = subprocess.run([args.kibbar, "--backend", "purple", "--script", os.path.join(HERE, "real_client.kbs")],
+                           env=dict(os.environ, DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent/kibpurple-bus"),
+                           capture_output=True, timeout=20)
+    if nobus.returncode != 2 or len(nobus.stderr.decode().splitlines()) != 1:
+        print("FAIL: without a bus kibbar exited with %d and said %r" % (nobus.returncode, nobus.stderr.decode()))
+        return 1
     folder = tempfile.mkdtemp(prefix="kibpurple-")
     processes = Processes()
     world = World(args, folder, processes)
