@@ -42,6 +42,9 @@ TEST(CommandLineTest, OptionsChooseTheFrontend) {
   EXPECT_EQ(CommandLine::parse({"--transcript", "live.jsonl"}).mode, Mode::Terminal)
       << "the terminal frontend can keep a transcript in a file";
   EXPECT_NE(CommandLine::usage().find("--self-test N"), std::string::npos);
+  EXPECT_EQ(CommandLine::parse({}).backend, "sim");
+  EXPECT_EQ(CommandLine::parse({"--backend", "purple", "--script", "a.kbs"}).backend, "purple");
+  EXPECT_EQ(CommandLine::parse({"--backend=sim"}).backend, "sim");
 }
 
 TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
@@ -57,6 +60,10 @@ TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
             "--self-test needs a test number (0 for all), not \"99999999999\"");
   EXPECT_EQ(usageErrorOf({"--script", "a.kbs", "--self-test", "1"}),
             "--script and --self-test cannot be used together");
+  EXPECT_EQ(usageErrorOf({"--backend", "icq"}), "--backend needs sim or purple, not \"icq\"");
+  EXPECT_EQ(usageErrorOf({"--backend", "sim", "--backend", "sim"}), "--backend is given twice");
+  EXPECT_EQ(usageErrorOf({"--backend", "purple", "--scenario", "w.json"}),
+            "--scenario is for the simulated world, not --backend purple");
   EXPECT_EQ(usageErrorOf({"--transcript", "-"}),
             "--transcript - writes to standard output, which the terminal frontend uses; give a file");
 }
