@@ -75,7 +75,8 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
     line.mode = Mode::Help;
     return line;
   }
-  if (line.backend == "purple" && line.scenario) throw UsageError("--scenario is for the simulated world, not --backend purple");
+  if (line.backend == "purple" && line.scenario)
+    throw UsageError("--scenario is for the simulated world, not --backend purple");
   if (selfTest && line.script) throw UsageError("--script and --self-test cannot be used together");
   if (selfTest)
     line.mode = Mode::SelfTest;

@@ -15,7 +15,8 @@
 namespace kibhost {
 namespace {
 
-const char* const kCommands = "wait, at, click, choose, choose-index, key, dismiss, event, post, self-test, unload, wait-for, wait-for-no, note";
+const char* const kCommands =
+    "wait, at, click, choose, choose-index, key, dismiss, event, post, self-test, unload, wait-for, wait-for-no, note";
 
 // How long wait-for waits when the line does not say.
 constexpr double kDefaultWaitForLimit = 10.0;

@@ -143,9 +143,8 @@ void PurpleBackend::disconnect() {
 void PurpleBackend::subscribe() {
   for (const auto& [name, subject] : signalSubjects()) {
     (void)subject;
-    proxy_->registerSignalHandler(kPurpleInterface, name, [this, name = name](sdbus::Signal& signal) {
-      onSignal(name, signal);
-    });
+    proxy_->registerSignalHandler(kPurpleInterface, name,
+                                  [this, name = name](sdbus::Signal& signal) { onSignal(name, signal); });
   }
   proxy_->finishRegistration();
 }

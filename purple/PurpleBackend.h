@@ -1,11 +1,12 @@
 #pragma once
 
+#include <sdbus-c++/sdbus-c++.h>
+
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
-#include <sdbus-c++/sdbus-c++.h>
 #include <string>
 
 #include "bus/BusConnection.h"

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <sdbus-c++/sdbus-c++.h>
+
 #include <chrono>
 #include <cstdint>
-#include <sdbus-c++/sdbus-c++.h>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -28,9 +29,8 @@ class PurpleClient {
   template <class Result, class... Args>
   Result call(const char* method, const Args&... args) {
     Result result{};
-    invoke(method, describe(method, args...), [&](sdbus::MethodInvoker& invoker) {
-      invoker.withArguments(args...).storeResultsTo(result);
-    });
+    invoke(method, describe(method, args...),
+           [&](sdbus::MethodInvoker& invoker) { invoker.withArguments(args...).storeResultsTo(result); });
     return result;
   }
   template <class... Args>

@@ -14,7 +14,8 @@ PurpleMapping::ServiceNames PurpleMapping::serviceForProtocol(const std::string&
 }
 
 std::optional<PurplePrimitive> PurpleMapping::primitiveFromWire(std::int32_t value) {
-  if (value < static_cast<std::int32_t>(PurplePrimitive::Unset) || value > static_cast<std::int32_t>(PurplePrimitive::Mood))
+  if (value < static_cast<std::int32_t>(PurplePrimitive::Unset) ||
+      value > static_cast<std::int32_t>(PurplePrimitive::Mood))
     return std::nullopt;
   return static_cast<PurplePrimitive>(value);
 }

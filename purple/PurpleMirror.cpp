@@ -52,15 +52,14 @@ platform::IMAccountPtr PurpleMirror::applyAccount(const PurpleAccountRecord& rec
   auto& account = accounts_[record.id];
   if (!account) {
     auto service = serviceFor(record);
-    account = platform::IMAccount::make(service, loginOf(record),
-                                        "purple:" + record.protocolID + ":" + record.username);
+    account =
+        platform::IMAccount::make(service, loginOf(record), "purple:" + record.protocolID + ":" + record.username);
     platform::IMAccountController::sharedInstance()->addAccount(account);
   }
   account->setCapabilities(PurpleMapping::accountCapabilities(record));
   account->setActive(record.enabled);
   // An invisible user's accounts report available.
-  const bool invisible =
-      record.connected && (record.primitive == PurplePrimitive::Invisible || savedStatusInvisible_);
+  const bool invisible = record.connected && (record.primitive == PurplePrimitive::Invisible || savedStatusInvisible_);
   account->setInvisible(invisible);
   auto status = !record.connected ? platform::kIMPersonStatusOffline
                 : invisible       ? platform::kIMPersonStatusAvailable

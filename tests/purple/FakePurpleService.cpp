@@ -71,8 +71,7 @@ void FakePurpleService::emit(const std::string& signal, std::int32_t id) {
 
 void FakePurpleService::emitWrongly(const std::string& signal) {
   later([signal](sd_bus* bus) {
-    sd_bus_emit_signal(bus, kibpurple::kPurpleObjectPath, kibpurple::kPurpleInterface, signal.c_str(), "s",
-                       "nonsense");
+    sd_bus_emit_signal(bus, kibpurple::kPurpleObjectPath, kibpurple::kPurpleInterface, signal.c_str(), "s", "nonsense");
   });
 }
 

@@ -49,9 +49,8 @@ class PurpleBackendTest : public ::testing::Test {
     backend_->setActivityObserver([this](const std::string& line) { activity_.push_back(line); });
     auto& centre = platform::NotificationCenter::defaultCenter();
     for (const char* name : {platform::IMDaemonDidConnectNotification, platform::IMDaemonDidDisconnectNotification})
-      tokens_.push_back(centre.addObserverForName(std::string(name), nullptr, [this, name](const auto&) {
-        daemonNotifications_.push_back(name);
-      }));
+      tokens_.push_back(centre.addObserverForName(std::string(name), nullptr,
+                                                  [this, name](const auto&) { daemonNotifications_.push_back(name); }));
   }
 
   void TearDown() override {
@@ -192,7 +191,8 @@ TEST_F(PurpleBackendTest, MirrorsTheClientsAccountsBuddiesPeopleAndSavedStatuses
   EXPECT_TRUE(aim->hasCapability(platform::kIMAccountCapabilityInvisibleLogin));
   EXPECT_EQ(platform::IMService::serviceWithName("Jabber")->status(), platform::kIMPersonStatusAvailable);
 
-  auto sam = handle(kXMPP, "sam@example.org"), samOnAIM = handle(kAIM, "samonaim"), kim = handle(kXMPP, "kim@example.org");
+  auto sam = handle(kXMPP, "sam@example.org"), samOnAIM = handle(kAIM, "samonaim"),
+       kim = handle(kXMPP, "kim@example.org");
   ASSERT_TRUE(sam && samOnAIM && kim);
   EXPECT_EQ(sam->nickname(), "Sam");
   EXPECT_EQ(sam->status(), platform::kIMPersonStatusAvailable);
@@ -215,7 +215,7 @@ TEST_F(PurpleBackendTest, NonsenseFromTheClientIsSkippedAndSaidOnce) {
   fake_->set("PurpleAccountsGetAll", 0, Ids{10, 11, 12, -3});
   fake_->set("PurpleAccountGetUsername", 12, 42);  // a number where a name belongs; 12 has nothing else
   fake_->set("PurpleFindBuddies", 10, Ids{20, 22, 23, 24});
-  fake_->set("PurpleBuddyGetAccount", 24, 10);     // 23 vanished; 24 has a primitive out of range
+  fake_->set("PurpleBuddyGetAccount", 24, 10);  // 23 vanished; 24 has a primitive out of range
   fake_->set("PurpleBuddyGetName", 24, std::string("odd@example.org"));
   buddy(24, 10, "odd@example.org", "Odd", 32, 54, 106, 42, "", false, 0);
   startConnected();
@@ -257,7 +257,8 @@ TEST_F(PurpleBackendTest, SignalsKeepTheMirrorCurrent) {
        [this] { return account(kXMPP)->myStatus() == platform::kIMPersonStatusAway; }},
       {"AccountSignedOff", [this] { fake_->set("PurpleAccountIsConnected", 10, 0); },
        [this] { return !account(kXMPP)->isConnected(); }},
-      {"SavedstatusAdded", [this] {
+      {"SavedstatusAdded",
+       [this] {
          fake_->set("PurpleSavedstatusesGetAll", 0, Ids{60, 61, 63});
          saved(63, 2, "Coding", false);
        },
@@ -281,10 +282,9 @@ TEST_F(PurpleBackendTest, FollowsTheClientAwayAndBack) {
   EXPECT_TRUE(platform::IMAccountController::sharedInstance()->accounts().empty());
   fake_->claimName();
   ASSERT_TRUE(runUntil([this] { return connected() && account(kXMPP); }));
-  EXPECT_EQ(daemonNotifications_,
-            (std::vector<std::string>{platform::IMDaemonDidConnectNotification,
-                                      platform::IMDaemonDidDisconnectNotification,
-                                      platform::IMDaemonDidConnectNotification}));
+  EXPECT_EQ(daemonNotifications_, (std::vector<std::string>{platform::IMDaemonDidConnectNotification,
+                                                            platform::IMDaemonDidDisconnectNotification,
+                                                            platform::IMDaemonDidConnectNotification}));
 }
 
 TEST_F(PurpleBackendTest, RequestsBecomeLibpurpleCalls) {
