@@ -29,6 +29,7 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
   bool help = false;
   bool version = false;
   bool selfTest = false;
+  bool backendGiven = false;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     auto [name, inlineValue] = splitOption(arguments[i]);
     auto value = [&, name = name, inlineValue = inlineValue](const char* what) -> std::string {
@@ -61,6 +62,12 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
       if (selfTest) throw UsageError("--self-test is given twice");
       selfTest = true;
       line.selfTest = parseTestNumber(value("a test number"));
+    } else if (name == "--backend") {
+      if (backendGiven) throw UsageError("--backend is given twice");
+      backendGiven = true;
+      line.backend = value("sim or purple");
+      if (line.backend != "sim" && line.backend != "purple")
+        throw UsageError("--backend needs sim or purple, not \"" + line.backend + "\"");
     } else if (name == "--no-queries") {
       line.daemonQueries = false;
     } else if (name.rfind("-", 0) == 0 && name.size() > 1) {
@@ -77,6 +84,8 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
     line.mode = Mode::Version;
     return line;
   }
+  if (line.backend == "purple" && line.scenario)
+    throw UsageError("--scenario is for the simulated world, not --backend purple");
   if (selfTest && line.script) throw UsageError("--script and --self-test cannot be used together");
   if (selfTest)
     line.mode = Mode::SelfTest;
@@ -90,8 +99,9 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
 }
 
 std::string CommandLine::usage() {
-  return R"(Usage: kibbar [--scenario FILE] [--bundle DIR] [--transcript FILE]
-       kibbar [--scenario FILE] [--bundle DIR] --script FILE [--transcript FILE|-] [--no-queries] [--pictures DIR]
+  return R"(Usage: kibbar [--backend sim|purple] [--scenario FILE] [--bundle DIR] [--transcript FILE]
+       kibbar [--backend sim|purple] [--scenario FILE] [--bundle DIR] --script FILE [--transcript FILE|-]
+              [--no-queries] [--pictures DIR]
        kibbar [--scenario FILE] [--bundle DIR] --self-test N [--transcript FILE|-] [--pictures DIR]
        kibbar --version
 
@@ -107,6 +117,8 @@ panel with the simulated world and keys that change it.
   --script FILE       play a script of timed actions headless, on a virtual clock (docs/script.md)
   --transcript FILE   write everything observable as JSON lines ("-": standard output, the
                       default with --script)
+  --backend NAME      the messaging daemon: sim (the simulated world, the default) or purple
+                      (a running Pidgin or Finch on the session bus; docs/purple.md)
   --no-queries        leave the daemon's queries (isConnected, ...) out of the transcript
   --self-test N       run the extra's self-test N (0 for all) headless and print its test log
   --pictures DIR      with --script or --self-test: draw the slot at each change and every menu

@@ -26,6 +26,7 @@ struct CommandLine {
   std::uint32_t selfTest = 0;             // --self-test N
   bool daemonQueries = true;              // --no-queries leaves daemon queries out of transcripts
   std::optional<std::string> pictures;    // --pictures DIR: PNGs of the slot and the menus of a headless run
+  std::string backend = "sim";            // --backend sim|purple: the simulated world or a libpurple client
 
   static CommandLine parse(const std::vector<std::string>& arguments);
   static std::string usage();

@@ -1,6 +1,7 @@
 #include "host/HeadlessRun.h"
 
 #include "host/ScriptPlayer.h"
+#include "platform/core/Clock.h"
 #include "platform/core/RunLoop.h"
 
 namespace kibhost {
@@ -24,7 +25,16 @@ HeadlessRun::HeadlessRun(sim::Scenario scenario, const std::string& scenarioName
   platform::RunLoop::main().reset();
   world_ = sim::SimWorld::make(std::move(scenario));
   transcript_ = std::make_unique<Transcript>(transcriptOut);
-  recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, *world_);
+  recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, world_.get());
+  recorder_->setRecordsQueries(daemonQueries);
+  host_ = std::make_unique<StatusBarHost>(*recorder_);
+}
+
+HeadlessRun::HeadlessRun(const std::string& backendName, const PluginBundle& plugin, std::ostream& transcriptOut,
+                         std::ostream& errors, bool daemonQueries)
+    : plugin_(plugin), errors_(errors), scenarioName_(backendName) {
+  transcript_ = std::make_unique<Transcript>(transcriptOut);
+  recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, nullptr);
   recorder_->setRecordsQueries(daemonQueries);
   host_ = std::make_unique<StatusBarHost>(*recorder_);
 }
@@ -33,6 +43,7 @@ HeadlessRun::~HeadlessRun() {
   host_.reset();
   // The transcript has ended: what the extra left on the run loop goes unrecorded.
   recorder_.reset();
+  if (!clock_) return;  // a real backend's sources stay with the loop until the backend goes
   platform::RunLoop::main().reset();
   world_.reset();
   platform::Clock::setCurrent(previousClock_);
@@ -48,7 +59,7 @@ bool HeadlessRun::start() {
     errors_ << "kibbar: " << error << '\n';
     return false;
   }
-  world_->start();
+  if (world_) world_->start();
   return true;
 }
 
@@ -59,8 +70,9 @@ int HeadlessRun::playScript(const Script& script) {
 }
 
 int HeadlessRun::playScriptPart(const Script& script) {
-  recorder_->setMenuTrackingDeadline(clock_->now() + script.endTime);
-  ScriptPlayer player(script, *host_, plugin_, *world_, *transcript_, errors_);
+  ScriptPlayer player(script, *host_, plugin_, world_.get(), *transcript_, errors_);
+  // wait-for steps move the script's end, and with it the time a menu left open closes.
+  player.setEndTimeObserver([this](double end) { recorder_->setMenuTrackingDeadline(end); });
   return player.play();
 }
 
@@ -82,7 +94,7 @@ int HeadlessRun::runSelfTest(std::uint32_t test, std::ostream& testLog) {
     for (std::uint32_t each = 1; each <= 4; ++each) duration += entry.durationOfTest(extra, each);
   transcript_->write("self-test", {{"test", test}, {"duration", duration}});
   entry.runSelfTestDuration(extra, test, duration);
-  recorder_->setMenuTrackingDeadline(clock_->now() + duration + kSelfTestTail);
+  recorder_->setMenuTrackingDeadline(platform::Clock::current().now() + duration + kSelfTestTail);
   loop.runFor(duration + kSelfTestTail);
   finish();
   recorder_->setLogListener(nullptr);

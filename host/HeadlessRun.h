@@ -25,6 +25,10 @@ class HeadlessRun {
   // the extra is created by start().
   HeadlessRun(sim::Scenario scenario, const std::string& scenarioName, const PluginBundle& plugin,
               std::ostream& transcriptOut, std::ostream& errors, bool daemonQueries);
+  // Over a real backend already installed as the daemon controller's: the
+  // real clock, no simulated world; "wait" then means real seconds.
+  HeadlessRun(const std::string& backendName, const PluginBundle& plugin, std::ostream& transcriptOut,
+              std::ostream& errors, bool daemonQueries);
   ~HeadlessRun();
   HeadlessRun(const HeadlessRun&) = delete;
   HeadlessRun& operator=(const HeadlessRun&) = delete;
@@ -46,7 +50,8 @@ class HeadlessRun {
   StatusBarHost& host() { return *host_; }
   TranscriptRecorder& recorder() { return *recorder_; }
   Transcript& transcript() { return *transcript_; }
-  sim::SimWorld& world() { return *world_; }
+  // The simulated world; nil over a real backend.
+  sim::SimWorld* world() { return world_.get(); }
 
  private:
   std::shared_ptr<platform::VirtualClock> clock_;

@@ -12,6 +12,7 @@
 #include "host/CommandLine.h"
 #include "host/HeadlessRun.h"
 #include "host/PluginBundle.h"
+#include "host/PurpleSession.h"
 #include "host/ScriptParser.h"
 #include "host/TerminalFrontend.h"
 #include "platform/ui/Image.h"
@@ -137,8 +138,11 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
 
   sim::Scenario scenario;
   Script script;
+  const bool purple = line.backend == "purple";
   try {
-    scenario = line.scenario ? sim::ScenarioLoader::loadFile(*line.scenario) : sim::ScenarioLoader::defaultScenario();
+    // Over a libpurple client there is no simulated world: script events name nothing.
+    if (!purple)
+      scenario = line.scenario ? sim::ScenarioLoader::loadFile(*line.scenario) : sim::ScenarioLoader::defaultScenario();
     if (line.script) script = ScriptParser::loadFile(*line.script, scenario);
   } catch (const sim::ScenarioError& error) {
     errors << "kibbar: " << error.what() << '\n';
@@ -158,6 +162,12 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   platform::Image::setSystemImageDirectories({plugin->bundle()->resourcePath()});
 
   const std::string scenarioName = line.scenario ? *line.scenario : "built-in";
+  if (purple && line.mode == CommandLine::Mode::Terminal) {
+    errors << "kibbar: --backend purple runs headless for now (give --script FILE or --self-test N)\n";
+    return kBadInput;
+  }
+  std::unique_ptr<PurpleSession> session;
+  if (purple && !(session = PurpleSession::open(errors))) return kBadInput;
   if (line.mode == CommandLine::Mode::Terminal) {
     if (!isatty(STDIN_FILENO) || !isatty(STDOUT_FILENO)) {
       errors << "kibbar: the terminal frontend needs a terminal (use --script FILE for a headless run)\n";
@@ -177,20 +187,28 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   if (!transcript.open(transcriptPath, out, errors)) return kBadInput;
   // Declared before the run, so it outlives the run's teardown, which it hears.
   std::unique_ptr<HeadlessObserver> pictures;
-  HeadlessRun run(std::move(scenario), scenarioName, *plugin, transcript.stream(), errors, line.daemonQueries);
+  auto run = purple ? std::make_unique<HeadlessRun>("purple", *plugin, transcript.stream(), errors, line.daemonQueries)
+                    : std::make_unique<HeadlessRun>(std::move(scenario), scenarioName, *plugin, transcript.stream(),
+                                                    errors, line.daemonQueries);
   if (line.pictures) {
-    pictures = extensions.pictures(*line.pictures, run, errors);
+    pictures = extensions.pictures(*line.pictures, *run, errors);
     if (!pictures) return kBadInput;
-    run.recorder().setFollower(pictures.get());
+    run->recorder().setFollower(pictures.get());
   }
-  if (!run.start()) return kBadInput;
+  if (session) {
+    session->backend().setActivityObserver(
+        [&recorder = run->recorder()](const std::string& activity) { recorder.recordApplicationActivity(activity); });
+    session->start();
+  }
+  if (!run->start()) return kBadInput;
   int status = 0;
   if (!selfTest) {
-    status = transcript.finish(run.playScript(script), errors);
+    status = transcript.finish(run->playScript(script), errors);
   } else {
     std::ostream null(nullptr);
     CheckedOutput testLog(out);
-    status = transcript.finish(run.runSelfTest(line.selfTest, transcript.toStandardOutput() ? null : testLog), errors);
+    status =
+        transcript.finish(run->runSelfTest(line.selfTest, transcript.toStandardOutput() ? null : testLog), errors);
     testLog.flush();
     if (testLog.failed()) {
       errors << "kibbar: standard output: cannot write the test log (" << testLog.problem() << ")\n";

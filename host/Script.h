@@ -22,6 +22,8 @@ struct ScriptStep {
     Post,      // centre, name, object, userInfo
     SelfTest,  // test, duration
     Unload,
+    WaitFor,  // title, absent, duration: until the extra's menu shows (or no longer shows) the title
+    Note,     // title: a mark in the transcript for whoever reads it as it is written
   };
 
   Kind kind = Kind::Click;
@@ -39,6 +41,7 @@ struct ScriptStep {
   nlohmann::json userInfo;  // null or an object
   std::uint32_t test = 0;
   double duration = 0;
+  bool absent = false;
 };
 
 struct Script {

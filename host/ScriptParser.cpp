@@ -16,7 +16,11 @@
 namespace kibhost {
 namespace {
 
-const char* const kCommands = "wait, at, click, choose, choose-index, key, dismiss, event, post, self-test, unload";
+const char* const kCommands =
+    "wait, at, click, choose, choose-index, key, dismiss, event, post, self-test, unload, wait-for, wait-for-no, note";
+
+// How long wait-for waits when the line does not say.
+constexpr double kDefaultWaitForLimit = 10.0;
 
 // Problems found on a line; the parser adds the file and line.
 struct LineError {
@@ -244,6 +248,21 @@ class StepReader {
       step.test = static_cast<std::uint32_t>(test);
       if (auto duration = lexer.next()) step.duration = parseSeconds(duration, "self-test duration");
       expectEnd(lexer, "self-test");
+    } else if (command == "wait-for" || command == "wait-for-no") {
+      step.kind = Kind::WaitFor;
+      step.absent = command == "wait-for-no";
+      auto title = lexer.next();
+      if (!title) throw LineError{command + ": expected the title of a menu item"};
+      step.title = *title;
+      step.duration = kDefaultWaitForLimit;
+      if (auto limit = lexer.next()) step.duration = parseSeconds(limit, command);
+      expectEnd(lexer, command);
+    } else if (command == "note") {
+      step.kind = Kind::Note;
+      auto text = lexer.next();
+      if (!text) throw LineError{"note: expected a text"};
+      step.title = *text;
+      expectEnd(lexer, "note");
     } else if (command == "unload") {
       step.kind = Kind::Unload;
       expectEnd(lexer, "unload");

@@ -6,8 +6,15 @@
 #include "platform/core/RunLoop.h"
 #include "platform/core/String.h"
 
+#include <algorithm>
+#include <limits>
+#include <sstream>
+
 namespace kibhost {
 namespace {
+
+// How often a waiting wait-for step looks at the menu.
+constexpr double kWaitForInterval = 0.1;
 
 platform::NotificationCenter& centreNamed(const std::string& name) {
   if (name == "distributed") return platform::DistributedNotificationCenter::defaultCenter();
@@ -17,14 +24,22 @@ platform::NotificationCenter& centreNamed(const std::string& name) {
 
 }  // namespace
 
-ScriptPlayer::ScriptPlayer(const Script& script, StatusBarHost& host, const PluginBundle& plugin, sim::SimWorld& world,
+ScriptPlayer::ScriptPlayer(const Script& script, StatusBarHost& host, const PluginBundle& plugin, sim::SimWorld* world,
                            Transcript& transcript, std::ostream& errors)
     : script_(script), host_(host), plugin_(plugin), world_(world), transcript_(transcript), errors_(errors) {}
 
 int ScriptPlayer::play() {
   start_ = platform::Clock::current().now();
+  if (endTimeObserver_) endTimeObserver_(start_ + script_.endTime);
   scheduleStep(0);
-  platform::RunLoop::main().runUntil(start_ + script_.endTime, platform::kDefaultRunLoopMode);
+  auto& clock = platform::Clock::current();
+  while (true) {
+    const double end = start_ + delay_ + script_.endTime, now = clock.now();
+    if (!waiting_ && now >= end) break;
+    // While a wait-for waits, the end is not known yet.
+    platform::RunLoop::main().runUntil(waiting_ ? std::max(end, now + kWaitForInterval) : end,
+                                       platform::kDefaultRunLoopMode);
+  }
   return failures_;
 }
 
@@ -35,8 +50,13 @@ int ScriptPlayer::play() {
 void ScriptPlayer::scheduleStep(std::size_t index) {
   if (index >= script_.steps.size()) return;
   const ScriptStep& step = script_.steps[index];
-  const double delay = start_ + step.time - platform::Clock::current().now();
+  const double delay = start_ + delay_ + step.time - platform::Clock::current().now();
   platform::RunLoop::main().performBlock(delay, platform::kCommonRunLoopModes, [this, index, &step] {
+    if (step.kind == ScriptStep::Kind::WaitFor) {
+      transcript_.write("step", {{"line", step.line}, {"command", step.command}});
+      waitFor(index, platform::Clock::current().now());
+      return;
+    }
     const bool blocks = step.kind == ScriptStep::Kind::Click;
     if (blocks) scheduleStep(index + 1);
     run(step);
@@ -85,9 +105,15 @@ void ScriptPlayer::run(const ScriptStep& step) {
       break;
     case Kind::Event: {
       std::string error;
-      if (!world_.apply(step.event, &error)) fail(step, error);
+      if (!world_)
+        fail(step, "there is no simulated world to play the event in");
+      else if (!world_->apply(step.event, &error))
+        fail(step, error);
       break;
     }
+    case Kind::WaitFor:  // played by waitFor
+    case Kind::Note:     // the step line is the note
+      break;
     case Kind::Post:
       post(step);
       break;
@@ -160,6 +186,37 @@ void ScriptPlayer::post(const ScriptStep& step) {
     userInfo =
         std::dynamic_pointer_cast<platform::Dictionary>(platform::JSONSerialization::objectWithJSON(step.userInfo));
   centreNamed(step.centre).postNotificationName(step.name, object, userInfo);
+}
+
+bool ScriptPlayer::menuShows(const std::string& title) {
+  const auto& extra = host_.extra();
+  auto menu = extra ? extra->menu() : nullptr;
+  return menu && menu->indexOfItemWithTitle(title) >= 0;
+}
+
+void ScriptPlayer::waitFor(std::size_t index, double began) {
+  if (!waiting_) {
+    waiting_ = true;
+    if (endTimeObserver_) endTimeObserver_(std::numeric_limits<double>::infinity());
+  }
+  const ScriptStep& step = script_.steps[index];
+  const double now = platform::Clock::current().now();
+  const bool done = menuShows(step.title) != step.absent;
+  if (!done && now < began + step.duration) {
+    platform::RunLoop::main().performBlock(kWaitForInterval, platform::kCommonRunLoopModes,
+                                           [this, index, began] { waitFor(index, began); });
+    return;
+  }
+  if (!done) {
+    std::ostringstream limit;
+    limit << step.duration;
+    fail(step, "\"" + step.title + (step.absent ? "\" still in the menu after " : "\" not in the menu within ") +
+                   limit.str() + " s");
+  }
+  delay_ += now - began;
+  waiting_ = false;
+  if (endTimeObserver_) endTimeObserver_(start_ + delay_ + script_.endTime);
+  scheduleStep(index + 1);
 }
 
 void ScriptPlayer::selfTest(const ScriptStep& step) {

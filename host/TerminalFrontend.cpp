@@ -90,7 +90,7 @@ int TerminalFrontend::run(std::ostream& errors) {
   panel_ = std::make_unique<WorldPanel>(*world_, scenarioName_);
   transcript_ = std::make_unique<Transcript>(transcriptFile_ ? *transcriptFile_ : nullStream_);
   transcript_->setLineObserver([this](const Transcript::Fields& line) { noteTranscriptLine(line); });
-  recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, *world_);
+  recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, world_.get());
   host_ = std::make_unique<StatusBarHost>(*this);
   transcript_->write("start", {{"bundle", plugin_.bundle()->bundleIdentifier()},
                                {"principalClass", plugin_.bundle()->principalClassName()},

@@ -43,15 +43,21 @@ double roundedLength(double length) { return std::round(length * 1000.0) / 1000.
 
 }  // namespace
 
-TranscriptRecorder::TranscriptRecorder(Transcript& transcript, sim::SimWorld& world)
+TranscriptRecorder::TranscriptRecorder(Transcript& transcript, sim::SimWorld* world)
     : transcript_(transcript), world_(world), deadline_(std::numeric_limits<double>::infinity()) {
   hookWorld(world);
   hookPlatform();
 }
 
+void TranscriptRecorder::recordApplicationActivity(const std::string& line) {
+  transcript_.write("application", {{"activity", line}});
+}
+
 TranscriptRecorder::~TranscriptRecorder() {
-  world_.setEventObserver(nullptr);
-  if (const auto& application = world_.application()) application->setActivityObserver(nullptr);
+  if (world_) {
+    world_->setEventObserver(nullptr);
+    if (const auto& application = world_->application()) application->setActivityObserver(nullptr);
+  }
   platform::IMDaemonController::sharedController()->removeRequestObserver(daemonToken_);
   platform::DistributedNotificationCenter::defaultCenter().removeObserver(distributedToken_.get());
   platform::Workspace::sharedWorkspace().setURLHandler(opener_);
@@ -60,14 +66,13 @@ TranscriptRecorder::~TranscriptRecorder() {
   platform::AssertionHandler::setCurrent(previousAssertionHandler_);
 }
 
-void TranscriptRecorder::hookWorld(sim::SimWorld& world) {
-  world.setEventObserver([this](const sim::SimEvent& event) {
-    transcript_.write("event", {{"event", event.description()}});
-  });
-  if (const auto& application = world.application()) {
-    application->setActivityObserver([this](const std::string& line) {
-      transcript_.write("application", {{"activity", line}});
+void TranscriptRecorder::hookWorld(sim::SimWorld* world) {
+  if (world) {
+    world->setEventObserver([this](const sim::SimEvent& event) {
+      transcript_.write("event", {{"event", event.description()}});
     });
+    if (const auto& application = world->application())
+      application->setActivityObserver([this](const std::string& line) { recordApplicationActivity(line); });
   }
   auto& workspace = platform::Workspace::sharedWorkspace();
   opener_ = workspace.setURLHandler(nullptr);

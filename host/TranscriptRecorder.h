@@ -26,13 +26,15 @@ namespace kibhost {
 class TranscriptRecorder final : public StatusBarHostDelegate {
  public:
   // Attach after the world is made (it replaces the daemon controller) and
-  // before the extra is created.
-  TranscriptRecorder(Transcript& transcript, sim::SimWorld& world);
+  // before the extra is created. world: nil when a real backend plays the daemon.
+  TranscriptRecorder(Transcript& transcript, sim::SimWorld* world);
   ~TranscriptRecorder() override;
   TranscriptRecorder(const TranscriptRecorder&) = delete;
   TranscriptRecorder& operator=(const TranscriptRecorder&) = delete;
 
   Transcript& transcript() { return transcript_; }
+  // What the messaging application (or a real backend standing in for it) did.
+  void recordApplicationActivity(const std::string& line);
 
   // Also told of every log line (after it is recorded).
   void setLogListener(std::function<void(platform::Log::Channel, const std::string&)> listener) {
@@ -57,13 +59,13 @@ class TranscriptRecorder final : public StatusBarHostDelegate {
   const SlotPicture& slot() const { return slot_; }
 
  private:
-  void hookWorld(sim::SimWorld& world);
+  void hookWorld(sim::SimWorld* world);
   void hookPlatform();
   void recordPicture(const SlotPicture& picture);
   void recordLog(platform::Log::Channel channel, const std::string& line);
 
   Transcript& transcript_;
-  sim::SimWorld& world_;
+  sim::SimWorld* world_;
   std::function<void(platform::Log::Channel, const std::string&)> logListener_;
   bool recordsQueries_ = true;
   double deadline_;

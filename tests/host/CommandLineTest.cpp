@@ -45,6 +45,9 @@ TEST(CommandLineTest, OptionsChooseTheFrontend) {
   EXPECT_EQ(CommandLine::parse({"--script", "a.kbs", "--version"}).mode, Mode::Version);
   EXPECT_EQ(CommandLine::parse({"--script", "a.kbs", "--pictures", "out"}).pictures, "out");
   EXPECT_EQ(CommandLine::parse({"--self-test", "1", "--pictures=out"}).mode, Mode::SelfTest);
+  EXPECT_EQ(CommandLine::parse({}).backend, "sim");
+  EXPECT_EQ(CommandLine::parse({"--backend", "purple", "--script", "a.kbs"}).backend, "purple");
+  EXPECT_EQ(CommandLine::parse({"--backend=sim"}).backend, "sim");
 }
 
 TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
@@ -63,6 +66,10 @@ TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
   EXPECT_EQ(usageErrorOf({"--pictures", "out"}),
             "--pictures draws a headless run; give --script FILE or --self-test N");
   EXPECT_EQ(usageErrorOf({"--script", "a.kbs", "--pictures", "a", "--pictures", "b"}), "--pictures is given twice");
+  EXPECT_EQ(usageErrorOf({"--backend", "icq"}), "--backend needs sim or purple, not \"icq\"");
+  EXPECT_EQ(usageErrorOf({"--backend", "sim", "--backend", "sim"}), "--backend is given twice");
+  EXPECT_EQ(usageErrorOf({"--backend", "purple", "--scenario", "w.json"}),
+            "--scenario is for the simulated world, not --backend purple");
   EXPECT_EQ(usageErrorOf({"--transcript", "-"}),
             "--transcript - writes to standard output, which the terminal frontend uses; give a file");
 }

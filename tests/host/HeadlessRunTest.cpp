@@ -111,6 +111,30 @@ TEST_F(HeadlessRunTest, LinesAtTheScriptsLastInstantStillActOnTheOpenMenu) {
             (std::vector<std::string>{"2 menu-close Say Hello", "2 test-log hello", "2 test-log unloading", "2 end"}));
 }
 
+TEST_F(HeadlessRunTest, WaitForWaitsForTheMenuAndMovesTheRestOfTheScript) {
+  const int status = play(
+      "wait-for \"Say Hello\" 3\n"   // there at once
+      "note \"cue\"\n"
+      "wait-for \"Never There\" 2\n"  // runs out after two seconds
+      "wait-for-no \"Never There\"\n"
+      "click\n"
+      "wait 1\n");
+  EXPECT_EQ(status, 1);
+  auto lines = transcriptLines(out.str());
+  std::vector<std::string> errorsSeen;
+  double menuTime = -1, endTime = -1;
+  for (const auto& line : lines) {
+    if (line["type"] == "script-error") errorsSeen.push_back(line["message"]);
+    if (line["type"] == "menu") menuTime = line["t"];
+    if (line["type"] == "end") endTime = line["t"];
+  }
+  EXPECT_EQ(errorsSeen, std::vector<std::string>{"\"Never There\" not in the menu within 2 s"});
+  EXPECT_GE(menuTime, 2.0);   // the click came after the wait
+  EXPECT_LT(menuTime, 2.5);
+  EXPECT_GE(endTime, menuTime + 1.0);  // and the script's end moved with it
+  EXPECT_EQ(linesOfType(lines, "menu-close").size(), 1u);
+}
+
 TEST_F(HeadlessRunTest, NothingActsOnAnUnloadedExtra) {
   EXPECT_EQ(play("unload\nclick\nself-test 1\nunload\nwait 1\n"), 1);
   EXPECT_EQ(outline({"script-error", "unload", "end"}),

@@ -97,6 +97,24 @@ TEST(ScriptParserTest, StepsTakeTheScriptTimeAndTheirArguments) {
   EXPECT_EQ(script.steps[12].kind, Kind::Unload);
 }
 
+TEST(ScriptParserTest, WaitForAndNoteTakeATitleAndALimit) {
+  auto script = kibhost::ScriptParser::parse("wait 1\nwait-for \"Bud Dy\" 15\nwait-for-no Away\nnote \"cue one\"\n",
+                                             "test.kbs", sim::ScenarioLoader::defaultScenario());
+  ASSERT_EQ(script.steps.size(), 3u);
+  using Kind = kibhost::ScriptStep::Kind;
+  EXPECT_EQ(script.steps[0].kind, Kind::WaitFor);
+  EXPECT_EQ(script.steps[0].title, "Bud Dy");
+  EXPECT_EQ(script.steps[0].duration, 15);
+  EXPECT_FALSE(script.steps[0].absent);
+  EXPECT_EQ(script.steps[1].kind, Kind::WaitFor);
+  EXPECT_TRUE(script.steps[1].absent);
+  EXPECT_EQ(script.steps[1].duration, 10);  // the default limit
+  EXPECT_EQ(script.steps[2].kind, Kind::Note);
+  EXPECT_EQ(script.steps[2].title, "cue one");
+  EXPECT_EQ(script.steps[2].time, 1);
+  EXPECT_EQ(script.endTime, 1);
+}
+
 TEST(ScriptParserTest, BadLinesNameTheFileTheLineAndTheProblem) {
   struct Case {
     std::string script;
@@ -106,7 +124,11 @@ TEST(ScriptParserTest, BadLinesNameTheFileTheLineAndTheProblem) {
   const std::vector<Case> cases{
       {"wait 1\nfly away\n",
        "test.kbs:2: unknown command \"fly\" (commands: wait, at, click, choose, choose-index, key, dismiss, event, "
-       "post, self-test, unload)"},
+       "post, self-test, unload, wait-for, wait-for-no, note)"},
+      {"wait-for", "test.kbs:1: wait-for: expected the title of a menu item"},
+      {"wait-for-no Bob soon", "test.kbs:1: wait-for-no: expected a number of seconds, found \"soon\""},
+      {"wait-for Bob 3 4", "test.kbs:1: unexpected \"4\" after wait-for"},
+      {"note", "test.kbs:1: note: expected a text"},
       {"wait soon", "test.kbs:1: wait: expected a number of seconds, found \"soon\""},
       {"wait -1", "test.kbs:1: wait: expected a number of seconds, found \"-1\""},
       {"wait", "test.kbs:1: wait: expected a number of seconds"},

@@ -27,7 +27,7 @@ class TranscriptRecorderTest : public kibtest::PlatformTest {
     PlatformTest::SetUp();
     world = sim::SimWorld::makeDefault();
     transcript = std::make_unique<kibhost::Transcript>(out);
-    recorder = std::make_unique<kibhost::TranscriptRecorder>(*transcript, *world);
+    recorder = std::make_unique<kibhost::TranscriptRecorder>(*transcript, world.get());
   }
   void TearDown() override {
     recorder.reset();

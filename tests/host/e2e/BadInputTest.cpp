@@ -62,7 +62,7 @@ TEST_F(BadInputTest, ScriptLines) {
   refuse("wait 1\nclick\nchoose\n", "3: choose: expected the title of a menu item");
   refuse("# comment\nsnooze 5\n",
          "2: unknown command \"snooze\" (commands: wait, at, click, choose, choose-index, "
-         "key, dismiss, event, post, self-test, unload)");
+         "key, dismiss, event, post, self-test, unload, wait-for, wait-for-no, note)");
   refuse("event {\"type\": \"buddy-online\", \"account\": \"aim\", \"handle\": \"nobody\"}\n",
          "1: event: $.handle: no handle \"nobody\" on account \"aim\"");
   refuse("event {\"type\": \"earthquake\"}\n",
