@@ -28,6 +28,7 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
   CommandLine line;
   bool help = false;
   bool selfTest = false;
+  bool panel = false;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     auto [name, inlineValue] = splitOption(arguments[i]);
     auto value = [&, name = name, inlineValue = inlineValue](const char* what) -> std::string {
@@ -56,6 +57,8 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
       if (selfTest) throw UsageError("--self-test is given twice");
       selfTest = true;
       line.selfTest = parseTestNumber(value("a test number"));
+    } else if (name == "--panel") {
+      panel = true;
     } else if (name == "--no-queries") {
       line.daemonQueries = false;
     } else if (name.rfind("-", 0) == 0 && name.size() > 1) {
@@ -69,7 +72,10 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
     return line;
   }
   if (selfTest && line.script) throw UsageError("--script and --self-test cannot be used together");
-  if (selfTest)
+  if (panel && (selfTest || line.script)) throw UsageError("--panel cannot be used with --script or --self-test");
+  if (panel)
+    line.mode = Mode::Panel;
+  else if (selfTest)
     line.mode = Mode::SelfTest;
   else if (line.script)
     line.mode = Mode::Script;
@@ -82,6 +88,7 @@ std::string CommandLine::usage() {
   return R"(Usage: kibbar [--scenario FILE] [--bundle DIR] [--transcript FILE]
        kibbar [--scenario FILE] [--bundle DIR] --script FILE [--transcript FILE|-] [--no-queries]
        kibbar [--scenario FILE] [--bundle DIR] --self-test N [--transcript FILE|-]
+       kibbar [--scenario FILE] [--bundle DIR] --panel [--transcript FILE|-]
 
 The status-bar program. It loads a menu-bar extra from its bundle and shows it
 on a simulated messaging world.
@@ -96,11 +103,13 @@ panel with the simulated world and keys that change it.
   --transcript FILE   write everything observable as JSON lines ("-": standard output, the
                       default with --script)
   --no-queries        leave the daemon's queries (isConnected, ...) out of the transcript
+  --panel             show the extra in the desktop's panel as a StatusNotifierItem with its
+                      menu over com.canonical.dbusmenu, on the real clock (docs/panel.md)
   --self-test N       run the extra's self-test N (0 for all) headless and print its test log
   --help              this text
 
 Exit status: 0 done, 1 a script step or the self-test could not be carried out,
-2 a bad command line, scenario, script or bundle.
+2 a bad command line, scenario, script or bundle (or, with --panel, no session bus).
 )";
 }
 

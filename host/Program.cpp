@@ -12,6 +12,8 @@
 #include "host/PluginBundle.h"
 #include "host/ScriptParser.h"
 #include "host/TerminalFrontend.h"
+#include "host/panel/PanelFrontend.h"
+#include "host/panel/RenderedPanelIcons.h"
 #include "platform/ui/Image.h"
 #include "sim/ScenarioError.h"
 #include "sim/ScenarioLoader.h"
@@ -113,6 +115,14 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
     if (!transcript.open(line.transcript, out, errors)) return kBadInput;
     TerminalFrontend frontend(std::move(scenario), scenarioName, *plugin,
                               line.transcript ? &transcript.stream() : nullptr);
+    return frontend.run(errors);
+  }
+
+  if (line.mode == CommandLine::Mode::Panel) {
+    TranscriptOutput transcript;
+    if (!transcript.open(line.transcript, out, errors)) return kBadInput;
+    PanelFrontend frontend(std::move(scenario), scenarioName, *plugin, line.transcript ? &transcript.stream() : nullptr,
+                           std::make_unique<RenderedPanelIcons>());
     return frontend.run(errors);
   }
 
