@@ -24,6 +24,10 @@ inline constexpr unsigned kPushInCellMask = 2;
 inline constexpr unsigned kChangeGrayCellMask = 4;
 inline constexpr unsigned kChangeBackgroundCellMask = 8;
 
+// The fraction of its opacity at which a disabled cell draws its image (when
+// it dims it); every frontend that draws images dims them by this.
+inline constexpr double kDimmedImageFraction = 0.5;
+
 // A cell that shows an image and/or a title, like a button.
 class ButtonCell final : public Cell {
  public:
