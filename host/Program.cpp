@@ -12,8 +12,6 @@
 #include "host/PluginBundle.h"
 #include "host/ScriptParser.h"
 #include "host/TerminalFrontend.h"
-#include "host/panel/PanelFrontend.h"
-#include "host/panel/RenderedPanelIcons.h"
 #include "platform/ui/Image.h"
 #include "sim/ScenarioError.h"
 #include "sim/ScenarioLoader.h"
@@ -70,7 +68,8 @@ std::filesystem::path Program::defaultBundlePath() {
   return std::filesystem::path(KIB_BUILD_BUNDLE_DIR) / kBundleName;
 }
 
-int Program::run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& errors) {
+int Program::run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& errors,
+                 const PanelRunner& panel) {
   CommandLine line;
   try {
     line = CommandLine::parse(arguments);
@@ -121,9 +120,13 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   if (line.mode == CommandLine::Mode::Panel) {
     TranscriptOutput transcript;
     if (!transcript.open(line.transcript, out, errors)) return kBadInput;
-    PanelFrontend frontend(std::move(scenario), scenarioName, *plugin, line.transcript ? &transcript.stream() : nullptr,
-                           std::make_unique<RenderedPanelIcons>());
-    return frontend.run(errors);
+    if (!panel) {
+      errors << "kibbar: this program was built without the panel frontend\n";
+      return kBadInput;
+    }
+    PanelLaunch launch{std::move(scenario), scenarioName, *plugin, line.transcript ? &transcript.stream() : nullptr,
+                       errors};
+    return panel(launch);
   }
 
   TranscriptOutput transcript;

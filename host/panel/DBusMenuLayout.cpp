@@ -67,7 +67,8 @@ std::vector<std::int32_t> DBusMenuLayout::ids() const {
 }
 
 std::int32_t DBusMenuLayout::idFor(const platform::MenuItemPtr& item, int role) {
-  const ItemKey key{item.get(), role};
+  ItemKey key{item->title(), item->action(), item->tag(), role, 0};
+  std::get<4>(key) = occurrences_[key]++;
   auto known = itemIds_.find(key);
   const std::int32_t id = known != itemIds_.end() ? known->second : nextId_++;
   nextItemIds_[key] = id;
@@ -180,13 +181,12 @@ DBusMenuLayout::Changes DBusMenuLayout::compare(const std::map<std::int32_t, Ent
 DBusMenuLayout::Changes DBusMenuLayout::rebuild(const platform::MenuPtr& menu) {
   menu_ = menu;
   nextItemIds_.clear();
+  occurrences_.clear();
   std::map<std::int32_t, Entry> entries;
   entries[kRootId] = entries_.at(kRootId);
   entries[kRootId].children.clear();
-  std::vector<platform::MenuItemPtr> held;
   if (menu_) {
     const auto& items = menu_->itemArray();
-    held = items;
     const auto hidden = hiddenSeparators();
     for (std::int64_t i = 0; i < static_cast<std::int64_t>(items.size());) {
       const auto& item = items[static_cast<std::size_t>(i)];
@@ -208,7 +208,6 @@ DBusMenuLayout::Changes DBusMenuLayout::rebuild(const platform::MenuPtr& menu) {
     }
   }
   itemIds_ = std::move(nextItemIds_);
-  heldItems_ = std::move(held);
   Changes changes = compare(entries_, entries);
   entries_ = std::move(entries);
   if (changes.any()) ++revision_;

@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -16,8 +17,10 @@ namespace kibhost {
 // The extra's menu as a com.canonical.dbusmenu item tree, free of any bus type
 // so that it can be compared and tested on its own.
 //
-// Every item gets an id when it is first exported and keeps it while it stays
-// in the exported menu; id 0 is the root. A property map holds only what
+// Every item gets an id when it is first exported and keeps it while an item
+// like it (same title, action and tag, in the same order) stays in the
+// exported menu, so a menu the extra rebuilds unchanged exports unchanged;
+// id 0 is the root. A property map holds only what
 // differs from the protocol's defaults. A row with Option-key alternates (a
 // person) becomes a submenu: the row's own choice first, then one entry per
 // alternate ("Text chat" for the text-only chat), since dbusmenu has no
@@ -69,7 +72,8 @@ class DBusMenuLayout {
   static Shortcut shortcutFor(const std::string& keyEquivalent, std::uint64_t modifierMask);
 
  private:
-  using ItemKey = std::pair<const platform::MenuItem*, int>;  // an item and its role (0 itself, n its nth alternate)
+  // Title, action, tag, role (0 the item, −1 its submenu, n its nth alternate) and how many like it came before.
+  using ItemKey = std::tuple<std::string, std::string, std::int64_t, int, int>;
 
   std::int32_t idFor(const platform::MenuItemPtr& item, int role);
   Properties propertiesOf(const platform::MenuItem& item) const;
@@ -84,7 +88,7 @@ class DBusMenuLayout {
   std::map<std::int32_t, Entry> entries_;
   std::map<ItemKey, std::int32_t> itemIds_;
   std::map<ItemKey, std::int32_t> nextItemIds_;
-  std::vector<platform::MenuItemPtr> heldItems_;  // keeps the keys' addresses from being reused
+  std::map<ItemKey, int> occurrences_;
   std::int32_t nextId_ = 1;
   std::uint32_t revision_ = 1;
 };

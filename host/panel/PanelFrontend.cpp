@@ -129,6 +129,7 @@ void PanelFrontend::exportBus() {
   item_ = std::make_unique<StatusNotifierItemAdaptor>(bus_->connection(), plugin_.bundle()->bundleIdentifier(),
                                                       DBusMenuAdaptor::kObjectPath, *this);
   item_->publish(state_);
+  scheduleMenuRefresh();
 }
 
 // The slot.
@@ -262,24 +263,34 @@ void PanelFrontend::exportMenu(const platform::MenuPtr& menu, bool answerOpening
 
 void PanelFrontend::menuDidClose(std::int64_t chosenIndex) { recorder_->menuDidClose(chosenIndex); }
 
-// The extra dropped its cached menu: while the panel shows the menu, it gets the new one.
+// A panel shows its copy of the menu the moment it is clicked, before it asks
+// for a new one; so the exported menu is kept current: after loading and
+// whenever the extra drops its cached menu, the extra is asked for its menu on
+// the next turn (an unchanged menu exports unchanged and sends nothing).
 void PanelFrontend::cachedMenuDidChange() {
-  if (!host_ || !host_->openMenu() || rebuildScheduled_ || !host_->extra() || host_->extra()->MenuExtra::menu())
-    return;
-  rebuildScheduled_ = true;
+  if (!host_ || !host_->extra() || host_->extra()->MenuExtra::menu()) return;
+  scheduleMenuRefresh();
+}
+
+void PanelFrontend::scheduleMenuRefresh() {
+  if (refreshScheduled_ || refreshing_) return;
+  refreshScheduled_ = true;
   std::weak_ptr<PanelFrontend*> self = self_;
   platform::RunLoop::main().performBlock(0, platform::kCommonRunLoopModes, [self] {
     if (auto frontend = self.lock()) {
-      (*frontend)->rebuildScheduled_ = false;
-      (*frontend)->rebuildDroppedMenu();
+      (*frontend)->refreshScheduled_ = false;
+      (*frontend)->refreshMenu();
     }
   });
 }
 
-void PanelFrontend::rebuildDroppedMenu() {
+void PanelFrontend::refreshMenu() {
   auto* open = host_->openMenu();
-  if (!open || open->closing || !host_->extra()) return;
-  exportMenu(host_->extra()->menu(), false);
+  if ((open && open->closing) || !host_->extra() || !menu_) return;
+  refreshing_ = true;  // building the menu may drop it again; that is not a new change
+  auto menu = host_->extra()->menu();
+  refreshing_ = false;
+  exportMenu(menu, false);
 }
 
 void PanelFrontend::dbusMenuItemClicked(std::int32_t id) {

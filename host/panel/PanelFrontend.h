@@ -72,7 +72,8 @@ class PanelFrontend final : public StatusBarHostDelegate,
   void requestOpen();
   void openMenu();
   void exportMenu(const platform::MenuPtr& menu, bool answerOpening);
-  void rebuildDroppedMenu();
+  void scheduleMenuRefresh();
+  void refreshMenu();
   static void choose(const Choice& choice);
   void readSignals();
   void quit(int status);
@@ -110,7 +111,8 @@ class PanelFrontend final : public StatusBarHostDelegate,
   std::string bannerText_;
   bool sharing_ = false;
   bool openScheduled_ = false;
-  bool rebuildScheduled_ = false;
+  bool refreshScheduled_ = false;
+  bool refreshing_ = false;
   double openedAt_ = 0;
   Choice pendingChoice_;
   bool quit_ = false;

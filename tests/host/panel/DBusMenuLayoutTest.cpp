@@ -17,6 +17,21 @@ std::vector<std::uint8_t> fakePNG(const ImagePtr& image) {
   return {name.begin(), name.end()};
 }
 
+// Answers the extra's own action names, so the items that use them are enabled.
+class ExtraLikeTarget final : public Object {
+  PLATFORM_SELECTORS(ExtraLikeTarget, Object)
+ public:
+  void act(const ObjectPtr&) {}
+};
+
+const SelectorTable<ExtraLikeTarget>& ExtraLikeTarget::selectorTable() {
+  static const SelectorTable<ExtraLikeTarget> table{{"choose:", &ExtraLikeTarget::act},
+                                                    {"messagePerson:", &ExtraLikeTarget::act},
+                                                    {"textMessagePerson:", &ExtraLikeTarget::act},
+                                                    {"switchService:", &ExtraLikeTarget::act}};
+  return table;
+}
+
 class DBusMenuLayoutTest : public kibtest::PlatformTest {
  protected:
   MenuItemPtr add(const std::string& title, const std::string& action = "choose:") {
@@ -56,7 +71,7 @@ class DBusMenuLayoutTest : public kibtest::PlatformTest {
   }
 
   MenuPtr menu = Menu::initWithTitle("");
-  uitest::ActionTarget target;
+  ExtraLikeTarget target;
 };
 
 TEST_F(DBusMenuLayoutTest, EveryKindOfItemMapsToItsProperties) {
@@ -129,13 +144,24 @@ TEST_F(DBusMenuLayoutTest, ItemsKeepTheirIdsAndOnlyRealChangesMoveTheRevision) {
   EXPECT_EQ(std::get<std::int32_t>(edited.updated.begin()->second.at("toggle-state")), 1);
   EXPECT_EQ(layout.revision(), revision + 1);
 
-  // A rebuilt menu (new items): new ids, the old ones are gone.
+  // The extra rebuilds the same menu from new items: nothing changes, not even an id.
   menu = Menu::initWithTitle("");
-  add("Away");
+  add("Away")->setState(kOnState);
+  add("Alex", "messagePerson:");
+  addAlternate("Alex", "textMessagePerson:");
+  EXPECT_FALSE(layout.rebuild(menu).any());
+  EXPECT_EQ(layout.ids(), ids);
+
+  // A new row: a new id for it, the others stay.
+  menu = Menu::initWithTitle("");
+  add("Away")->setState(kOnState);
+  add("Sam", "messagePerson:");
+  addAlternate("Sam", "textMessagePerson:");
   auto rebuilt = layout.rebuild(menu);
   EXPECT_TRUE(rebuilt.layout);
-  EXPECT_EQ(layout.ids().size(), 2u);
-  for (std::size_t i = 1; i < ids.size(); ++i) EXPECT_EQ(layout.entry(ids[i]), nullptr) << ids[i];
+  EXPECT_EQ(layout.ids().size(), ids.size());
+  EXPECT_EQ(layout.ids()[1], ids[1]);
+  for (std::size_t i = 2; i < ids.size(); ++i) EXPECT_EQ(layout.entry(ids[i]), nullptr) << ids[i];
 
   // No menu: only the root.
   EXPECT_TRUE(layout.rebuild(nullptr).layout);
