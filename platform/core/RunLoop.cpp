@@ -128,7 +128,13 @@ std::size_t RunLoop::pendingPerformCount(const Object* target, std::string_view 
 
 void RunLoop::addFileDescriptorSource(int fd, std::function<void()> onReadable, RunLoopModes modes) {
   removeFileDescriptorSource(fd);
-  sources_.push_back({fd, std::move(onReadable), modes});
+  sources_.push_back({fd, nullptr, std::move(onReadable), modes});
+}
+
+void RunLoop::addFileDescriptorSource(int fd, std::function<DescriptorInterest()> interest,
+                                      std::function<void()> onReady, RunLoopModes modes) {
+  removeFileDescriptorSource(fd);
+  sources_.push_back({fd, std::move(interest), std::move(onReady), modes});
 }
 
 void RunLoop::removeFileDescriptorSource(int fd) {
@@ -222,21 +228,29 @@ void RunLoop::waitUntil(double time, RunLoopModes mode) {
   ensureWakePipe();
   std::vector<pollfd> fds;
   std::vector<std::function<void()>> callbacks;
+  std::vector<double> deadlines;
   if (wakePipe_[0] >= 0) {
     fds.push_back({wakePipe_[0], POLLIN, 0});
     callbacks.push_back(nullptr);
+    deadlines.push_back(std::numeric_limits<double>::infinity());
   }
   for (const auto& source : sources_) {
     if (!(source.modes & mode)) continue;
-    fds.push_back({source.fd, POLLIN, 0});
-    callbacks.push_back(source.onReadable);
+    DescriptorInterest interest;
+    if (source.interest) runGuarded("descriptor source", [&] { interest = source.interest(); });
+    fds.push_back({source.fd, interest.events, 0});
+    callbacks.push_back(source.onReady);
+    deadlines.push_back(interest.deadline);
+    time = std::min(time, interest.deadline);
   }
   double wait = time - clock.now();
   int timeout = std::isinf(wait) ? -1 : std::max(0, static_cast<int>(std::ceil(wait * 1000.0)));
   int ready = poll(fds.data(), fds.size(), timeout);
-  if (ready <= 0) return;
+  if (ready < 0) return;
+  const double now = clock.now();
   for (std::size_t i = 0; i < fds.size(); ++i) {
-    if (!(fds[i].revents & (POLLIN | POLLHUP | POLLERR))) continue;
+    const bool signalled = fds[i].revents & (fds[i].events | POLLHUP | POLLERR | POLLNVAL);
+    if (!signalled && now < deadlines[i]) continue;
     if (!callbacks[i]) {
       char buffer[64];
       while (read(fds[i].fd, buffer, sizeof buffer) > 0) {

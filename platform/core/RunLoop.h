@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <list>
 #include <memory>
 #include <string>
@@ -54,6 +55,17 @@ class RunLoop {
 
   // A source that calls back when the descriptor is readable (adapters, terminals).
   void addFileDescriptorSource(int fd, std::function<void()> onReadable, RunLoopModes modes = kCommonRunLoopModes);
+  // What a descriptor source waits for, asked again before every wait: the poll
+  // events and a clock time after which it is called even if nothing arrived.
+  struct DescriptorInterest {
+    short events = 1;  // POLLIN
+    double deadline = std::numeric_limits<double>::infinity();
+  };
+  // A source whose events and deadline change from wait to wait (a bus
+  // connection): onReady runs when the descriptor reports any of the events,
+  // an error or hang-up, or when the deadline has passed.
+  void addFileDescriptorSource(int fd, std::function<DescriptorInterest()> interest, std::function<void()> onReady,
+                               RunLoopModes modes = kCommonRunLoopModes);
   void removeFileDescriptorSource(int fd);
 
   // Runs the mode until the clock reaches the limit or stop() is called.
@@ -89,7 +101,8 @@ class RunLoop {
   };
   struct Source {
     int fd;
-    std::function<void()> onReadable;
+    std::function<DescriptorInterest()> interest;  // nil: readable only, no deadline
+    std::function<void()> onReady;
     RunLoopModes modes;
   };
 

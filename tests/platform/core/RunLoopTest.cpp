@@ -1,3 +1,7 @@
+#include <poll.h>
+#include <unistd.h>
+
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -169,3 +173,33 @@ TEST_F(RunLoopTest, ATargetReleasedByACancelMayCancelOtherPerformsFromItsDestruc
 }
 
 }  // namespace
+
+// Descriptors are only waited on under the real clock.
+TEST(RunLoopDescriptors, ASourceIsCalledForItsEventsOrWhenItsDeadlinePasses) {
+  auto previous = Clock::setCurrent(nullptr);
+  auto& loop = RunLoop::main();
+  loop.reset();
+  int fds[2];
+  ASSERT_EQ(pipe(fds), 0);
+  int calls = 0;
+  const double start = Clock::current().now();
+  RunLoop::DescriptorInterest interest{POLLIN, start + 0.02};
+  // Nothing to read: the deadline alone brings the call, and not before it.
+  loop.addFileDescriptorSource(
+      fds[0], [&] { return interest; }, [&] { ++calls, loop.stop(); });
+  loop.runUntil(start + 5.0);
+  EXPECT_EQ(calls, 1);
+  EXPECT_GE(Clock::current().now(), start + 0.02);
+  EXPECT_LT(Clock::current().now(), start + 5.0);
+
+  // Without a deadline only the descriptor's event brings it.
+  interest.deadline = std::numeric_limits<double>::infinity();
+  ASSERT_EQ(write(fds[1], "x", 1), 1);
+  loop.runUntil(Clock::current().now() + 5.0);
+  EXPECT_EQ(calls, 2);
+
+  loop.reset();
+  close(fds[0]);
+  close(fds[1]);
+  Clock::setCurrent(previous);
+}
