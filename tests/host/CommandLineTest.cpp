@@ -42,6 +42,12 @@ TEST(CommandLineTest, OptionsChooseTheFrontend) {
   EXPECT_EQ(CommandLine::parse({"--transcript", "live.jsonl"}).mode, Mode::Terminal)
       << "the terminal frontend can keep a transcript in a file";
   EXPECT_NE(CommandLine::usage().find("--self-test N"), std::string::npos);
+
+  const auto panel = CommandLine::parse({"--panel", "--scenario", "w.json", "--transcript", "-"});
+  EXPECT_EQ(panel.mode, Mode::Panel);
+  EXPECT_EQ(panel.scenario, "w.json");
+  EXPECT_EQ(panel.transcript, "-") << "the panel frontend leaves standard output free";
+  EXPECT_NE(CommandLine::usage().find("--panel"), std::string::npos);
 }
 
 TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
@@ -57,6 +63,8 @@ TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
             "--self-test needs a test number (0 for all), not \"99999999999\"");
   EXPECT_EQ(usageErrorOf({"--script", "a.kbs", "--self-test", "1"}),
             "--script and --self-test cannot be used together");
+  EXPECT_EQ(usageErrorOf({"--panel", "--script", "a.kbs"}), "--panel cannot be used with --script or --self-test");
+  EXPECT_EQ(usageErrorOf({"--self-test", "1", "--panel"}), "--panel cannot be used with --script or --self-test");
   EXPECT_EQ(usageErrorOf({"--transcript", "-"}),
             "--transcript - writes to standard output, which the terminal frontend uses; give a file");
 }
