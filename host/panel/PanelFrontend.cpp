@@ -126,9 +126,9 @@ void PanelFrontend::exportBus() {
   bus_->connection().requestName(busName_);
   layout_.rebuild(nullptr);
   menu_ = std::make_unique<DBusMenuAdaptor>(bus_->connection(), layout_, *this);
+  state_.status = sharing_ ? "NeedsAttention" : "Active";
   item_ = std::make_unique<StatusNotifierItemAdaptor>(bus_->connection(), plugin_.bundle()->bundleIdentifier(),
-                                                      DBusMenuAdaptor::kObjectPath, *this);
-  item_->publish(state_);
+                                                      DBusMenuAdaptor::kObjectPath, state_, *this);
   scheduleMenuRefresh();
 }
 
@@ -242,7 +242,10 @@ void PanelFrontend::requestOpen() {
 }
 
 void PanelFrontend::openMenu() {
-  if (!host_->extra() || host_->openMenu()) return;
+  if (!host_->extra() || host_->openMenu()) {
+    menu_->answerAboutToShow(false);
+    return;
+  }
   openedAt_ = platform::Clock::current().now();
   host_->click();
   menu_->answerAboutToShow(false);  // the extra had no menu to show
@@ -252,13 +255,13 @@ void PanelFrontend::openMenu() {
 
 void PanelFrontend::menuDidOpen(const platform::MenuPtr& menu) {
   recorder_->menuDidOpen(menu);
-  exportMenu(menu, true);
+  menu_->answerAboutToShow(exportMenu(menu).any());
 }
 
-void PanelFrontend::exportMenu(const platform::MenuPtr& menu, bool answerOpening) {
-  const auto changes = layout_.rebuild(menu);
+DBusMenuLayout::Changes PanelFrontend::exportMenu(const platform::MenuPtr& menu) {
+  auto changes = layout_.rebuild(menu);
   menu_->publish(changes);
-  if (answerOpening) menu_->answerAboutToShow(changes.any());
+  return changes;
 }
 
 void PanelFrontend::menuDidClose(std::int64_t chosenIndex) { recorder_->menuDidClose(chosenIndex); }
@@ -290,7 +293,12 @@ void PanelFrontend::refreshMenu() {
   refreshing_ = true;  // building the menu may drop it again; that is not a new change
   auto menu = host_->extra()->menu();
   refreshing_ = false;
-  exportMenu(menu, false);
+  const auto changes = exportMenu(menu);
+  if (open && menu && menu != open->tracking.menu()) {
+    // The panel shows the new menu now: it is the one tracked, and recorded when it differs.
+    open->tracking = platform::MenuTracking(menu);
+    if (changes.any()) recorder_->menuDidOpen(menu);
+  }
 }
 
 void PanelFrontend::dbusMenuItemClicked(std::int32_t id) {

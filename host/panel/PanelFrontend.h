@@ -71,7 +71,7 @@ class PanelFrontend final : public StatusBarHostDelegate,
   void exportBus();
   void requestOpen();
   void openMenu();
-  void exportMenu(const platform::MenuPtr& menu, bool answerOpening);
+  DBusMenuLayout::Changes exportMenu(const platform::MenuPtr& menu);
   void scheduleMenuRefresh();
   void refreshMenu();
   static void choose(const Choice& choice);

@@ -20,9 +20,12 @@ std::vector<PanelIcons::Pixmap> RenderedPanelIcons::iconPixmaps(const platform::
 
 std::vector<std::uint8_t> RenderedPanelIcons::menuIconPNG(const platform::ImagePtr& image) {
   if (!image || image->filePath().empty()) return {};
+  const std::string key = image->filePath() + (image->isTemplate() ? "|template" : "");
+  auto known = menuIcons_.find(key);
+  if (known != menuIcons_.end()) return known->second;
   kibrender::RasterOptions options;
   options.tint = kibrender::templateTint(theme_);  // a desktop's menus follow its theme
-  return rasterizer_.renderSquare(*image, kMenuIconSize, options).pngBytes();
+  return menuIcons_[key] = rasterizer_.renderSquare(*image, kMenuIconSize, options).pngBytes();
 }
 
 }  // namespace kibhost

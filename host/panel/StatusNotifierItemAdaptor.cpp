@@ -8,11 +8,12 @@ constexpr const char* kInvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
 }  // namespace
 
 StatusNotifierItemAdaptor::StatusNotifierItemAdaptor(sdbus::IConnection& connection, std::string id,
-                                                     std::string menuPath, Delegate& delegate)
+                                                     std::string menuPath, State state, Delegate& delegate)
     : object_(sdbus::createObject(connection, kObjectPath)),
       id_(std::move(id)),
       menuPath_(std::move(menuPath)),
-      delegate_(delegate) {
+      delegate_(delegate),
+      state_(std::move(state)) {
   registerInterface();
 }
 

@@ -36,7 +36,8 @@ class StatusNotifierItemAdaptor {
     virtual void statusItemActivated(std::int32_t x, std::int32_t y) = 0;
   };
 
-  StatusNotifierItemAdaptor(sdbus::IConnection& connection, std::string id, std::string menuPath,
+  // Exports the object with the state it starts from (no signals for it).
+  StatusNotifierItemAdaptor(sdbus::IConnection& connection, std::string id, std::string menuPath, State state,
                             Delegate& delegate);
   ~StatusNotifierItemAdaptor();
   StatusNotifierItemAdaptor(const StatusNotifierItemAdaptor&) = delete;

@@ -138,6 +138,16 @@ class PanelBusTest : public ::testing::Test {
         .storeResultsTo(revision, root);
     return root;
   }
+  std::uint32_t layoutRevision() {
+    std::uint32_t revision = 0;
+    Node root;
+    peer_->menu()
+        .callMethod("GetLayout")
+        .onInterface(kMenu)
+        .withArguments(std::int32_t{0}, std::int32_t{0}, std::vector<std::string>{})
+        .storeResultsTo(revision, root);
+    return revision;
+  }
   void event(std::int32_t id, const std::string& name) {
     peer_->menu()
         .callMethod("Event")
@@ -405,17 +415,29 @@ TEST_F(PanelBusTest, APanelSeesTheExtraOverOneEvening) {
     EXPECT_TRUE(peer_->waitFor([&] { return kibbar_->isRunning(); }, 10ms));
   }
 
-  // An account drops at 14 s: the Offline item and the current choice show a dash.
+  // The menu is open when an account drops (at 22 s): the extra drops its menu, and the panel
+  // gets the new one, with a dash on the Offline item and on the current choice.
   {
-    SCOPED_TRACE("second menu");
+    SCOPED_TRACE("menu rebuilt while shown");
+    for (const auto& line : lines("event"))
+      ASSERT_EQ(line["event"].get<std::string>().find("disconnect"), std::string::npos) << "too late: " << line;
+    const auto before = openMenu();
+    const auto revision = layoutRevision();
+    const auto layoutSignals = peer_->signals.size();
+    const auto menus = lines("menu").size();
     ASSERT_TRUE(peer_->waitFor(
         [&] {
           for (const auto& line : lines("event"))
             if (line["event"].get<std::string>().find("disconnect") != std::string::npos) return true;
           return false;
         },
-        20s));
-    auto [items, root] = openMenu();
+        25s));
+    ASSERT_TRUE(waitForSignal("LayoutUpdated", layoutSignals));
+    ASSERT_TRUE(waitForLines("menu", menus + 1)) << "the rebuilt menu is the open one now";
+    EXPECT_GT(layoutRevision(), revision);
+    auto items = lines("menu").back()["items"];
+    auto root = layout();
+    EXPECT_NE(items, before.first);
     auto second = expectLayoutMatchesMenu(root, items);
     EXPECT_TRUE(second.count("dash"));
 
@@ -460,8 +482,11 @@ TEST_F(PanelBusTest, APanelSeesTheExtraOverOneEvening) {
     };
     peer_->pump(4500ms);  // the last transitions (2 s and 4 s after a change) end
     const long before = switches();
+    const auto signalsBefore = peer_->signals.size();
     std::this_thread::sleep_for(2s);  // the bus stays quiet: nothing reaches the program
     EXPECT_EQ(switches() - before, 0) << "wake-ups at rest";
+    peer_->pump(100ms);
+    EXPECT_EQ(peer_->signals.size(), signalsBefore) << "signals at rest: " << peer_->signals.back().member;
     std::size_t threads = 0;
     for ([[maybe_unused]] const auto& task :
          std::filesystem::directory_iterator("/proc/" + std::to_string(kibbar_->pid()) + "/task"))
