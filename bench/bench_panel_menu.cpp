@@ -26,9 +26,7 @@ const platform::SelectorTable<Target>& Target::selectorTable() {
   return table;
 }
 
-std::string resources() {
-  return (std::filesystem::path(__FILE__).parent_path().parent_path() / "Resources").string();
-}
+std::string resources() { return (std::filesystem::path(__FILE__).parent_path().parent_path() / "Resources").string(); }
 
 // A menu shaped like the extra's: the status section, `people` rows with their alternates, the controls.
 platform::MenuPtr extraLikeMenu(Target& target, int people) {
@@ -46,7 +44,8 @@ platform::MenuPtr extraLikeMenu(Target& target, int people) {
   add("Offline", "selectMenuItem:", 4);
   add("Invisible", "selectMenuItem:", 5);
   menu->addItem(platform::MenuItem::separatorItem());
-  for (const char* title : {"Available", "At my desk", "Writing code"}) add(title, "selectMenuItem:", 2)->setImage(available);
+  for (const char* title : {"Available", "At my desk", "Writing code"})
+    add(title, "selectMenuItem:", 2)->setImage(available);
   menu->itemWithTitle("Available")->setState(platform::kOnState);
   menu->addItem(platform::MenuItem::separatorItem());
   for (const char* title : {"Away", "Out to lunch", "In a meeting"}) add(title, "selectMenuItem:", 3)->setImage(away);

@@ -112,7 +112,8 @@ void DBusMenuAdaptor::registerInterface() {
         const auto& properties = knownEntry(id).properties;
         auto found = properties.find(name);
         if (found == properties.end())
-          throw sdbus::Error(kInvalidArgsError, "menu item " + std::to_string(id) + " has no property \"" + name + "\"");
+          throw sdbus::Error(kInvalidArgsError,
+                             "menu item " + std::to_string(id) + " has no property \"" + name + "\"");
         return toBus(found->second);
       });
   o.registerMethod("Event")
@@ -160,15 +161,17 @@ void DBusMenuAdaptor::registerInterface() {
         return std::tuple<std::vector<std::int32_t>, std::vector<std::int32_t>>(updates, unknown);
       });
 
-  o.registerSignal("LayoutUpdated").onInterface(kInterface).withParameters<std::uint32_t, std::int32_t>("revision",
-                                                                                                       "parent");
+  o.registerSignal("LayoutUpdated")
+      .onInterface(kInterface)
+      .withParameters<std::uint32_t, std::int32_t>("revision", "parent");
   o.registerSignal("ItemsPropertiesUpdated")
       .onInterface(kInterface)
       .withParameters<std::vector<sdbus::Struct<std::int32_t, BusProperties>>,
                       std::vector<sdbus::Struct<std::int32_t, std::vector<std::string>>>>("updatedProps",
                                                                                           "removedProps");
-  o.registerSignal("ItemActivationRequested").onInterface(kInterface).withParameters<std::int32_t, std::uint32_t>(
-      "id", "timestamp");
+  o.registerSignal("ItemActivationRequested")
+      .onInterface(kInterface)
+      .withParameters<std::int32_t, std::uint32_t>("id", "timestamp");
   o.finishRegistration();
 }
 

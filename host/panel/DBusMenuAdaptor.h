@@ -1,12 +1,12 @@
 #pragma once
 
+#include <sdbus-c++/sdbus-c++.h>
+
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <sdbus-c++/sdbus-c++.h>
 
 #include "host/panel/DBusMenuLayout.h"
 

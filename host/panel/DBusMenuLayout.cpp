@@ -88,7 +88,7 @@ DBusMenuLayout::Properties DBusMenuLayout::propertiesOf(const platform::MenuItem
       item.state() != platform::kOffState || (enabled && (item.tag() != 0 || item.action() == kServiceChoiceAction));
   if (checkable) {
     properties["toggle-type"] = std::string("checkmark");
-    properties["toggle-state"] = std::int32_t{item.state() == platform::kOnState    ? 1
+    properties["toggle-state"] = std::int32_t{item.state() == platform::kOnState      ? 1
                                               : item.state() == platform::kMixedState ? -1
                                                                                       : 0};
   }
@@ -129,9 +129,9 @@ void DBusMenuLayout::addPersonSubmenu(std::map<std::int32_t, Entry>& entries, st
     const auto& alternate = items[static_cast<std::size_t>(i)];
     Properties properties = propertiesOf(*alternate);
     if (alternate->title() == row->title())
-      properties["label"] = labelFor(alternate->action() == kTextChatAction ? kTextChatLabel
-                                                                            : alternate->title() + " (Option)");
-    properties.erase("shortcut");  // the modifier only picked the row; there is no key to press
+      properties["label"] =
+          labelFor(alternate->action() == kTextChatAction ? kTextChatLabel : alternate->title() + " (Option)");
+    properties.erase("shortcut");   // the modifier only picked the row; there is no key to press
     properties.erase("icon-data");  // the alternate's image is a blank spacer
     addEntry(entries, parent, alternate, static_cast<int>(i - head), std::move(properties),
              alternate->isEnabled() ? i : -1);

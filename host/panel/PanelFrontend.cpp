@@ -85,9 +85,8 @@ int PanelFrontend::run(std::ostream& errors) {
     status_ = 2;
     quit_ = true;
   }
-  watcher_ = std::make_unique<WatcherRegistration>(*bus_, busName_, [&errors](const std::string& line) {
-    errors << "kibbar: " << line << '\n';
-  });
+  watcher_ = std::make_unique<WatcherRegistration>(
+      *bus_, busName_, [&errors](const std::string& line) { errors << "kibbar: " << line << '\n'; });
 
   while (!quit_) loop.runUntil(std::numeric_limits<double>::infinity());
 
@@ -193,24 +192,24 @@ void PanelFrontend::publish() {
 // (or until the messaging application quits), as the extra's indicator runs.
 void PanelFrontend::observeScreenSharing() {
   auto& distributed = platform::DistributedNotificationCenter::defaultCenter();
-  observers_.push_back(distributed.addObserverForName(
-      std::string(platform::kKBParloScreenSharingStartedNotification), nullptr, [this](const platform::NotificationPtr&) {
-        sharing_ = true;
-        publish();
-      }));
+  observers_.push_back(distributed.addObserverForName(std::string(platform::kKBParloScreenSharingStartedNotification),
+                                                      nullptr, [this](const platform::NotificationPtr&) {
+                                                        sharing_ = true;
+                                                        publish();
+                                                      }));
   auto ended = [this](const platform::NotificationPtr&) {
     sharing_ = false;
     publish();
   };
-  observers_.push_back(distributed.addObserverForName(
-      std::string(platform::kKBParloScreenSharingEndedNotification), nullptr, ended));
+  observers_.push_back(
+      distributed.addObserverForName(std::string(platform::kKBParloScreenSharingEndedNotification), nullptr, ended));
   observers_.push_back(platform::Workspace::sharedWorkspace().notificationCenter().addObserverForName(
       std::string(platform::NSWorkspaceDidTerminateApplicationNotification), nullptr,
       [this](const platform::NotificationPtr& notification) {
         const auto& info = notification->userInfo();
-        auto identifier = info ? std::dynamic_pointer_cast<platform::String>(
-                                     info->objectForKey("NSApplicationBundleIdentifier"))
-                               : nullptr;
+        auto identifier =
+            info ? std::dynamic_pointer_cast<platform::String>(info->objectForKey("NSApplicationBundleIdentifier"))
+                 : nullptr;
         if (identifier && identifier->value() == platform::kKBAppBundleIdentifier) {
           sharing_ = false;
           publish();

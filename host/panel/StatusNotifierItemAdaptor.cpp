@@ -53,26 +53,37 @@ void StatusNotifierItemAdaptor::registerInterface() {
 
   // With ItemIsMenu the panel shows the menu itself; a click that still
   // arrives as an activation opens it the same way.
-  o.registerMethod("Activate").onInterface(kInterface).withInputParamNames("x", "y").implementedAs(
-      [this](std::int32_t x, std::int32_t y) { delegate_.statusItemActivated(x, y); });
-  o.registerMethod("ContextMenu").onInterface(kInterface).withInputParamNames("x", "y").implementedAs(
-      [this](std::int32_t x, std::int32_t y) { delegate_.statusItemActivated(x, y); });
-  o.registerMethod("SecondaryActivate").onInterface(kInterface).withInputParamNames("x", "y").implementedAs(
-      [](std::int32_t, std::int32_t) {});
-  o.registerMethod("Scroll").onInterface(kInterface).withInputParamNames("delta", "orientation").implementedAs(
-      [](std::int32_t, const std::string& orientation) {
+  o.registerMethod("Activate")
+      .onInterface(kInterface)
+      .withInputParamNames("x", "y")
+      .implementedAs([this](std::int32_t x, std::int32_t y) { delegate_.statusItemActivated(x, y); });
+  o.registerMethod("ContextMenu")
+      .onInterface(kInterface)
+      .withInputParamNames("x", "y")
+      .implementedAs([this](std::int32_t x, std::int32_t y) { delegate_.statusItemActivated(x, y); });
+  o.registerMethod("SecondaryActivate")
+      .onInterface(kInterface)
+      .withInputParamNames("x", "y")
+      .implementedAs([](std::int32_t, std::int32_t) {});
+  o.registerMethod("Scroll")
+      .onInterface(kInterface)
+      .withInputParamNames("delta", "orientation")
+      .implementedAs([](std::int32_t, const std::string& orientation) {
         if (orientation != "horizontal" && orientation != "vertical")
-          throw sdbus::Error(kInvalidArgs, "orientation must be \"horizontal\" or \"vertical\", not \"" + orientation +
-                                               "\"");
+          throw sdbus::Error(kInvalidArgs,
+                             "orientation must be \"horizontal\" or \"vertical\", not \"" + orientation + "\"");
       });
-  o.registerMethod("ProvideXdgActivationToken").onInterface(kInterface).withInputParamNames("token").implementedAs(
-      [](const std::string&) {});
+  o.registerMethod("ProvideXdgActivationToken")
+      .onInterface(kInterface)
+      .withInputParamNames("token")
+      .implementedAs([](const std::string&) {});
 
   for (const char* signal : {"NewTitle", "NewIcon", "NewAttentionIcon", "NewOverlayIcon", "NewToolTip"})
     o.registerSignal(signal).onInterface(kInterface);
   o.registerSignal("NewStatus").onInterface(kInterface).withParameters<std::string>("status");
-  o.registerSignal("XAyatanaNewLabel").onInterface(kInterface).withParameters<std::string, std::string>("label",
-                                                                                                        "guide");
+  o.registerSignal("XAyatanaNewLabel")
+      .onInterface(kInterface)
+      .withParameters<std::string, std::string>("label", "guide");
   o.finishRegistration();
 }
 
@@ -84,8 +95,7 @@ void StatusNotifierItemAdaptor::publish(const State& state) {
   if (old.icon != state.icon) emit("NewIcon");
   if (old.attentionIcon != state.attentionIcon) emit("NewAttentionIcon");
   if (old.status != state.status) object_->emitSignal("NewStatus").onInterface(kInterface).withArguments(state.status);
-  if (old.toolTipTitle != state.toolTipTitle || old.toolTipText != state.toolTipText)
-    emit("NewToolTip");
+  if (old.toolTipTitle != state.toolTipTitle || old.toolTipText != state.toolTipText) emit("NewToolTip");
   if (old.label != state.label || old.labelGuide != state.labelGuide)
     object_->emitSignal("XAyatanaNewLabel").onInterface(kInterface).withArguments(state.label, state.labelGuide);
 }

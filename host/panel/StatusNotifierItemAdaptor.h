@@ -1,11 +1,11 @@
 #pragma once
 
+#include <sdbus-c++/sdbus-c++.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <sdbus-c++/sdbus-c++.h>
 
 #include "host/panel/PanelIcons.h"
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <sdbus-c++/sdbus-c++.h>
+
 #include <functional>
 #include <memory>
 #include <string>
-
-#include <sdbus-c++/sdbus-c++.h>
 
 #include "bus/BusConnection.h"
 

@@ -36,8 +36,8 @@ TEST(BannerLabelTest, TheLabelIsWhatTheClipShowsCutByCharacters) {
   cases.push_back({"collapsed: an empty clip", banner("Back soon", 30, 0), ""});
   cases.push_back({"scrolled by three characters", banner("Back soon", 30 - 3 * step, 6 * step), "k soon"});
   cases.push_back({"multi-byte characters are kept whole", banner("Inês Ž→", 30, 3 * step + 1), "Inê"});
-  cases.push_back({"the gap before the copy is spaces",
-                   banner("abcdef", 30 - 4 * step, 7 * step, 30 + 2 * step + 20), "ef   ab"});
+  cases.push_back(
+      {"the gap before the copy is spaces", banner("abcdef", 30 - 4 * step, 7 * step, 30 + 2 * step + 20), "ef   ab"});
   for (const auto& c : cases) EXPECT_EQ(BannerLabel::visibleText(c.canvas), c.label) << c.what;
   EXPECT_EQ(BannerLabel::bannerText(cases[0].canvas), "Back soon");
   EXPECT_EQ(BannerLabel::bannerText(RecordingCanvas{}), "");

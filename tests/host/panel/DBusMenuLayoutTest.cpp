@@ -59,7 +59,8 @@ class DBusMenuLayoutTest : public kibtest::PlatformTest {
         if (auto* text = std::get_if<std::string>(&value)) line += *text;
         if (auto* number = std::get_if<std::int32_t>(&value)) line += std::to_string(*number);
         if (auto* flag = std::get_if<bool>(&value)) line += *flag ? "true" : "false";
-        if (auto* bytes = std::get_if<std::vector<std::uint8_t>>(&value)) line += std::string(bytes->begin(), bytes->end());
+        if (auto* bytes = std::get_if<std::vector<std::uint8_t>>(&value))
+          line += std::string(bytes->begin(), bytes->end());
         if (auto* keys = std::get_if<DBusMenuLayout::Shortcut>(&value))
           for (const auto& key : keys->at(0)) line += key + "+";
         line += " ";
@@ -172,8 +173,7 @@ TEST_F(DBusMenuLayoutTest, ItemsKeepTheirIdsAndOnlyRealChangesMoveTheRevision) {
 TEST_F(DBusMenuLayoutTest, ShortcutsAndLabelsUseTheProtocolsSpelling) {
   EXPECT_EQ(DBusMenuLayout::labelFor("a_b__c"), "a__b____c");
   EXPECT_EQ(DBusMenuLayout::shortcutFor("", kControlKeyMask), DBusMenuLayout::Shortcut{});
-  EXPECT_EQ(DBusMenuLayout::shortcutFor("\033", kControlKeyMask),
-            (DBusMenuLayout::Shortcut{{"Control", "Escape"}}));
+  EXPECT_EQ(DBusMenuLayout::shortcutFor("\033", kControlKeyMask), (DBusMenuLayout::Shortcut{{"Control", "Escape"}}));
   EXPECT_EQ(DBusMenuLayout::shortcutFor("q", kCommandKeyMask | kShiftKeyMask | kAlternateKeyMask),
             (DBusMenuLayout::Shortcut{{"Alt", "Shift", "Super", "q"}}));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <poll.h>
+#include <sdbus-c++/sdbus-c++.h>
 
 #include <chrono>
 #include <functional>
@@ -9,8 +10,6 @@
 #include <mutex>
 #include <string>
 #include <vector>
-
-#include <sdbus-c++/sdbus-c++.h>
 
 namespace kibtest {
 
@@ -35,8 +34,9 @@ class PanelBusPeer {
     watcher_->registerMethod("RegisterStatusNotifierItem")
         .onInterface(kWatcherName)
         .implementedAs([this](const std::string& service) { registrations.push_back(service); });
-    watcher_->registerMethod("RegisterStatusNotifierHost").onInterface(kWatcherName).implementedAs([](const std::string&) {
-    });
+    watcher_->registerMethod("RegisterStatusNotifierHost")
+        .onInterface(kWatcherName)
+        .implementedAs([](const std::string&) {});
     watcher_->registerProperty("RegisteredStatusNotifierItems").onInterface(kWatcherName).withGetter([this] {
       return registrations;
     });
@@ -65,9 +65,11 @@ class PanelBusPeer {
         .call([this](const std::string& label, const std::string& guide) {
           signals.push_back({"XAyatanaNewLabel", {label, guide}});
         });
-    menu_->uponSignal("LayoutUpdated").onInterface(kMenuInterface).call([this](std::uint32_t revision, std::int32_t parent) {
-      signals.push_back({"LayoutUpdated", {std::to_string(revision), std::to_string(parent)}});
-    });
+    menu_->uponSignal("LayoutUpdated")
+        .onInterface(kMenuInterface)
+        .call([this](std::uint32_t revision, std::int32_t parent) {
+          signals.push_back({"LayoutUpdated", {std::to_string(revision), std::to_string(parent)}});
+        });
     item_->finishRegistration();
     menu_->finishRegistration();
   }
@@ -86,7 +88,8 @@ class PanelBusPeer {
       while (connection_->processPendingRequest()) {
       }
       if (condition()) return true;
-      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+      const auto left =
+          std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
       if (left.count() <= 0) return false;
       auto poll = connection_->getEventLoopPollData();
       pollfd descriptor{poll.fd, poll.events, 0};

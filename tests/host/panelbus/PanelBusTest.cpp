@@ -110,7 +110,8 @@ class PanelBusTest : public ::testing::Test {
         [&] {
           for (std::size_t i = from; i < peer_->signals.size(); ++i)
             if (peer_->signals[i].member == member &&
-                (argument.empty() || (!peer_->signals[i].arguments.empty() && peer_->signals[i].arguments[0] == argument)))
+                (argument.empty() ||
+                 (!peer_->signals[i].arguments.empty() && peer_->signals[i].arguments[0] == argument)))
               return true;
           return false;
         },
@@ -125,7 +126,11 @@ class PanelBusTest : public ::testing::Test {
 
   bool aboutToShowRoot() {
     bool needUpdate = false;
-    peer_->menu().callMethod("AboutToShow").onInterface(kMenu).withArguments(std::int32_t{0}).storeResultsTo(needUpdate);
+    peer_->menu()
+        .callMethod("AboutToShow")
+        .onInterface(kMenu)
+        .withArguments(std::int32_t{0})
+        .storeResultsTo(needUpdate);
     return needUpdate;
   }
   Node layout() {
@@ -149,10 +154,8 @@ class PanelBusTest : public ::testing::Test {
     return revision;
   }
   void event(std::int32_t id, const std::string& name) {
-    peer_->menu()
-        .callMethod("Event")
-        .onInterface(kMenu)
-        .withArguments(id, name, sdbus::Variant(std::int32_t{0}), std::uint32_t{0});
+    peer_->menu().callMethod("Event").onInterface(kMenu).withArguments(id, name, sdbus::Variant(std::int32_t{0}),
+                                                                       std::uint32_t{0});
   }
   // Opens the menu as a panel does; answers the extra's menu (from the transcript) and the exported layout.
   std::pair<json, Node> openMenu() {
@@ -229,8 +232,8 @@ class PanelBusTest : public ::testing::Test {
       kinds.insert(state == 1 ? "check" : "dash");
     }
     // The extra's blank spacer image has nothing to draw.
-    const bool hasImage = item["image"].is_string() && !item["image"].get<std::string>().empty() &&
-                          item["image"] != "Empty Image";
+    const bool hasImage =
+        item["image"].is_string() && !item["image"].get<std::string>().empty() && item["image"] != "Empty Image";
     EXPECT_EQ(properties.count("icon-data"), hasImage ? 1u : 0u);
     if (hasImage && properties.count("icon-data")) {
       auto png = properties.at("icon-data").get<std::vector<std::uint8_t>>();
@@ -257,7 +260,6 @@ class PanelBusTest : public ::testing::Test {
   std::unique_ptr<PanelBusPeer> peer_;
   std::unique_ptr<kibtest::ChildProcess> kibbar_;
 };
-
 
 // Everything a panel sees over one evening, in order: registration and every
 // property, screen sharing, the menu item by item, the banner as labels, bad
@@ -299,8 +301,9 @@ TEST_F(PanelBusTest, APanelSeesTheExtraOverOneEvening) {
     ASSERT_TRUE(peer_->waitFor([&] { return peer_->itemProperty<std::string>("Status") == "NeedsAttention"; }, 10s));
     EXPECT_TRUE(waitForSignal("NewStatus", 0, "NeedsAttention"));
     EXPECT_TRUE(peer_->waitFor([&] { return iconPixmap() == attention; }, 8s)) << "the blink never showed";
-    EXPECT_EQ(std::get<2>(peer_->itemProperty<sdbus::Struct<std::string, Pixmaps, std::string, std::string>>("ToolTip")),
-              "My Status: Available");
+    EXPECT_EQ(
+        std::get<2>(peer_->itemProperty<sdbus::Struct<std::string, Pixmaps, std::string, std::string>>("ToolTip")),
+        "My Status: Available");
   }
 
   // The menu while sharing: every kind of item but the dash.
@@ -332,8 +335,8 @@ TEST_F(PanelBusTest, APanelSeesTheExtraOverOneEvening) {
           for (const auto& signal : peer_->signals)
             if (signal.member == "XAyatanaNewLabel") labels.push_back(signal.arguments[0]);
           if (!labels.empty() && !labels.back().empty() && toolTipWhileShown.empty())
-            toolTipWhileShown =
-                std::get<3>(peer_->itemProperty<sdbus::Struct<std::string, Pixmaps, std::string, std::string>>("ToolTip"));
+            toolTipWhileShown = std::get<3>(
+                peer_->itemProperty<sdbus::Struct<std::string, Pixmaps, std::string, std::string>>("ToolTip"));
           return labels.size() > 2 && labels.back().empty();
         },
         40s))
@@ -362,7 +365,8 @@ TEST_F(PanelBusTest, APanelSeesTheExtraOverOneEvening) {
     // What a call could cause: a menu opening or closing, a daemon request, a URL, a notification.
     auto effects = [&] {
       std::size_t count = 0;
-      for (const char* type : {"menu", "menu-close", "daemon", "url", "distributed", "highlight"}) count += lines(type).size();
+      for (const char* type : {"menu", "menu-close", "daemon", "url", "distributed", "highlight"})
+        count += lines(type).size();
       return count;
     };
     const auto before = effects();
@@ -376,40 +380,70 @@ TEST_F(PanelBusTest, APanelSeesTheExtraOverOneEvening) {
     };
     const std::string unknownId = "com.canonical.dbusmenu.Error.UnknownId";
     const std::string invalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
-    expectError("GetLayout of an unknown id", [&] {
-      peer_->menu().callMethod("GetLayout").onInterface(kMenu).withArguments(std::int32_t{4242}, std::int32_t{-1},
-                                                                            std::vector<std::string>{});
-    }, unknownId);
-    expectError("Event on an unknown id", [&] { event(4242, "clicked"); }, unknownId);
-    expectError("an unknown event", [&] { event(0, "exploded"); }, invalidArgs);
-    expectError("AboutToShow of an unknown id", [&] {
-      peer_->menu().callMethod("AboutToShow").onInterface(kMenu).withArguments(std::int32_t{-7});
-    }, unknownId);
-    expectError("GetProperty of an unknown name", [&] {
-      peer_->menu().callMethod("GetProperty").onInterface(kMenu).withArguments(std::int32_t{0}, std::string("bogus"));
-    }, invalidArgs);
-    expectError("GetGroupProperties with an unknown id", [&] {
-      peer_->menu().callMethod("GetGroupProperties").onInterface(kMenu).withArguments(std::vector<std::int32_t>{0, 4242},
-                                                                                     std::vector<std::string>{});
-    }, unknownId);
-    expectError("EventGroup of unknown ids only", [&] {
-      std::vector<sdbus::Struct<std::int32_t, std::string, sdbus::Variant, std::uint32_t>> events;
-      events.emplace_back(4242, "clicked", sdbus::Variant(std::int32_t{0}), 0u);
-      peer_->menu().callMethod("EventGroup").onInterface(kMenu).withArguments(events);
-    }, unknownId);
-    expectError("Event with a string id", [&] {
-      auto call = peer_->menu().createMethodCall(kMenu, "Event");
-      call << std::string("12") << std::string("clicked") << sdbus::Variant(std::int32_t{0}) << std::uint32_t{0};
-      peer_->menu().callMethod(call);
-    }, invalidArgs);
-    expectError("Event without its arguments", [&] {
-      auto call = peer_->menu().createMethodCall(kMenu, "Event");
-      call << std::int32_t{0};
-      peer_->menu().callMethod(call);
-    }, invalidArgs);
-    expectError("Scroll sideways", [&] {
-      peer_->item().callMethod("Scroll").onInterface(kItem).withArguments(std::int32_t{1}, std::string("sideways"));
-    }, invalidArgs);
+    expectError(
+        "GetLayout of an unknown id",
+        [&] {
+          peer_->menu()
+              .callMethod("GetLayout")
+              .onInterface(kMenu)
+              .withArguments(std::int32_t{4242}, std::int32_t{-1}, std::vector<std::string>{});
+        },
+        unknownId);
+    expectError(
+        "Event on an unknown id", [&] { event(4242, "clicked"); }, unknownId);
+    expectError(
+        "an unknown event", [&] { event(0, "exploded"); }, invalidArgs);
+    expectError(
+        "AboutToShow of an unknown id",
+        [&] { peer_->menu().callMethod("AboutToShow").onInterface(kMenu).withArguments(std::int32_t{-7}); }, unknownId);
+    expectError(
+        "GetProperty of an unknown name",
+        [&] {
+          peer_->menu()
+              .callMethod("GetProperty")
+              .onInterface(kMenu)
+              .withArguments(std::int32_t{0}, std::string("bogus"));
+        },
+        invalidArgs);
+    expectError(
+        "GetGroupProperties with an unknown id",
+        [&] {
+          peer_->menu()
+              .callMethod("GetGroupProperties")
+              .onInterface(kMenu)
+              .withArguments(std::vector<std::int32_t>{0, 4242}, std::vector<std::string>{});
+        },
+        unknownId);
+    expectError(
+        "EventGroup of unknown ids only",
+        [&] {
+          std::vector<sdbus::Struct<std::int32_t, std::string, sdbus::Variant, std::uint32_t>> events;
+          events.emplace_back(4242, "clicked", sdbus::Variant(std::int32_t{0}), 0u);
+          peer_->menu().callMethod("EventGroup").onInterface(kMenu).withArguments(events);
+        },
+        unknownId);
+    expectError(
+        "Event with a string id",
+        [&] {
+          auto call = peer_->menu().createMethodCall(kMenu, "Event");
+          call << std::string("12") << std::string("clicked") << sdbus::Variant(std::int32_t{0}) << std::uint32_t{0};
+          peer_->menu().callMethod(call);
+        },
+        invalidArgs);
+    expectError(
+        "Event without its arguments",
+        [&] {
+          auto call = peer_->menu().createMethodCall(kMenu, "Event");
+          call << std::int32_t{0};
+          peer_->menu().callMethod(call);
+        },
+        invalidArgs);
+    expectError(
+        "Scroll sideways",
+        [&] {
+          peer_->item().callMethod("Scroll").onInterface(kItem).withArguments(std::int32_t{1}, std::string("sideways"));
+        },
+        invalidArgs);
     peer_->pump(300ms);
     EXPECT_EQ(effects(), before) << "a bad call had an effect";
     EXPECT_TRUE(peer_->waitFor([&] { return kibbar_->isRunning(); }, 10ms));
@@ -508,7 +542,10 @@ TEST_F(PanelBusTest, APanelSeesTheExtraOverOneEvening) {
   EXPECT_EQ(all.back()["type"], "end");
   bool owned = true;
   sdbus::createProxy(peer_->connection(), "org.freedesktop.DBus", "/org/freedesktop/DBus")
-      ->callMethod("NameHasOwner").onInterface("org.freedesktop.DBus").withArguments(service).storeResultsTo(owned);
+      ->callMethod("NameHasOwner")
+      .onInterface("org.freedesktop.DBus")
+      .withArguments(service)
+      .storeResultsTo(owned);
   EXPECT_FALSE(owned);
   EXPECT_EQ(errors(), "");
 }

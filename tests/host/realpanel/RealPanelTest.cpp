@@ -2,6 +2,7 @@
 // xfce4-panel with its status-notifier plugin; xdotool clicks, ImageMagick
 // photographs. Every process is ended by its PID (ChildProcess), every wait is bounded.
 #include <gtest/gtest.h>
+#include <sdbus-c++/sdbus-c++.h>
 #include <unistd.h>
 
 #include <array>
@@ -12,7 +13,6 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <regex>
-#include <sdbus-c++/sdbus-c++.h>
 #include <thread>
 
 #include "tests/support/ChildProcess.h"
@@ -93,8 +93,8 @@ class RealPanelTest : public ::testing::Test {
   }
 
   static std::optional<std::string> xfconfd() {
-    for (const char* path : {"/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd", "/usr/lib/xfce4/xfconf/xfconfd",
-                             "/usr/libexec/xfconfd"})
+    for (const char* path :
+         {"/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd", "/usr/lib/xfce4/xfconf/xfconfd", "/usr/libexec/xfconfd"})
       if (fs::exists(path)) return path;
     return std::nullopt;
   }
@@ -102,7 +102,8 @@ class RealPanelTest : public ::testing::Test {
   // The panel's configuration: one 32-pixel panel along the top holding the
   // status-notifier plugin, with its labels turned on.
   void writePanelConfiguration() {
-    std::ofstream(work_ / "config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml") << R"(<?xml version="1.0" encoding="UTF-8"?>
+    std::ofstream(work_ / "config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml")
+        << R"(<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
   <property name="configver" type="int" value="2"/>
   <property name="panels" type="array">
@@ -249,8 +250,8 @@ TEST_F(RealPanelTest, TheExtraInXfcePanel) {
 
   xfconfd_ = std::make_unique<kibtest::ChildProcess>(std::vector<std::string>{*xfconfd()}, options());
   ASSERT_TRUE(waitUntil([&] { return nameHasOwner("org.xfce.Xfconf"); }, 15s)) << "xfconfd did not start";
-  panel_ = std::make_unique<kibtest::ChildProcess>(std::vector<std::string>{"xfce4-panel", "--disable-wm-check"},
-                                                   options());
+  panel_ =
+      std::make_unique<kibtest::ChildProcess>(std::vector<std::string>{"xfce4-panel", "--disable-wm-check"}, options());
   ASSERT_TRUE(waitUntil([&] { return nameHasOwner("org.kde.StatusNotifierWatcher"); }, 30s))
       << "the panel's status-notifier plugin did not start its watcher";
 
@@ -319,7 +320,8 @@ TEST_F(RealPanelTest, TheExtraInXfcePanel) {
         return false;
       },
       10s));
-  EXPECT_TRUE(waitUntil([&] { return !lines("icon").empty() && lines("icon").back()["image"] == "MenuExtra-.pdf"; }, 10s));
+  EXPECT_TRUE(
+      waitUntil([&] { return !lines("icon").empty() && lines("icon").back()["image"] == "MenuExtra-.pdf"; }, 10s));
 
   // The panel redraws the item with the away glyph.
   EXPECT_TRUE(waitUntil([&] { return grab(slot).pixels != availableIcon.pixels; }, 10s)) << "the icon did not change";
