@@ -32,7 +32,8 @@ void MenuExtra::setView(ViewPtr view) {
 
 void MenuExtra::setLength(double length) {
   length_ = length;
-  if (view_ && (view_->autoresizingMask() & kViewWidthSizable)) view_->setFrameSize({length, view_->frame().height});
+  if (view_ && (view_->autoresizingMask() & kViewWidthSizable))
+    view_->setFrameSize({length, view_->frame().height});
   if (host_) host_->menuExtraLengthDidChange(*this);
 }
 
