@@ -30,6 +30,7 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
   bool version = false;
   bool selfTest = false;
   bool backendGiven = false;
+  bool panel = false;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     auto [name, inlineValue] = splitOption(arguments[i]);
     auto value = [&, name = name, inlineValue = inlineValue](const char* what) -> std::string {
@@ -68,6 +69,8 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
       line.backend = value("sim or purple");
       if (line.backend != "sim" && line.backend != "purple")
         throw UsageError("--backend needs sim or purple, not \"" + line.backend + "\"");
+    } else if (name == "--panel") {
+      panel = true;
     } else if (name == "--no-queries") {
       line.daemonQueries = false;
     } else if (name.rfind("-", 0) == 0 && name.size() > 1) {
@@ -87,11 +90,14 @@ CommandLine CommandLine::parse(const std::vector<std::string>& arguments) {
   if (line.backend == "purple" && line.scenario)
     throw UsageError("--scenario is for the simulated world, not --backend purple");
   if (selfTest && line.script) throw UsageError("--script and --self-test cannot be used together");
-  if (selfTest)
+  if (panel && (selfTest || line.script)) throw UsageError("--panel cannot be used with --script or --self-test");
+  if (panel)
+    line.mode = Mode::Panel;
+  else if (selfTest)
     line.mode = Mode::SelfTest;
   else if (line.script)
     line.mode = Mode::Script;
-  if (line.mode == Mode::Terminal && line.pictures)
+  if ((line.mode == Mode::Terminal || line.mode == Mode::Panel) && line.pictures)
     throw UsageError("--pictures draws a headless run; give --script FILE or --self-test N");
   if (line.mode == Mode::Terminal && line.transcript && *line.transcript == "-")
     throw UsageError("--transcript - writes to standard output, which the terminal frontend uses; give a file");
@@ -103,6 +109,7 @@ std::string CommandLine::usage() {
        kibbar [--backend sim|purple] [--scenario FILE] [--bundle DIR] --script FILE [--transcript FILE|-]
               [--no-queries] [--pictures DIR]
        kibbar [--scenario FILE] [--bundle DIR] --self-test N [--transcript FILE|-] [--pictures DIR]
+       kibbar [--scenario FILE] [--bundle DIR] --panel [--transcript FILE|-]
        kibbar --version
 
 The status-bar program. It loads a menu-bar extra from its bundle and shows it
@@ -120,6 +127,8 @@ panel with the simulated world and keys that change it.
   --backend NAME      the messaging daemon: sim (the simulated world, the default) or purple
                       (a running Pidgin or Finch on the session bus; docs/purple.md)
   --no-queries        leave the daemon's queries (isConnected, ...) out of the transcript
+  --panel             show the extra in the desktop's panel as a StatusNotifierItem with its
+                      menu over com.canonical.dbusmenu, on the real clock (docs/panel.md)
   --self-test N       run the extra's self-test N (0 for all) headless and print its test log
   --pictures DIR      with --script or --self-test: draw the slot at each change and every menu
                       that pops up as numbered PNGs in DIR, at 1x and 2x, light and dark
@@ -127,7 +136,8 @@ panel with the simulated world and keys that change it.
   --help              this text
 
 Exit status: 0 done, 1 a script step or the self-test could not be carried out
-or a picture could not be written, 2 a bad command line, scenario, script or bundle.
+or a picture could not be written, 2 a bad command line, scenario, script or bundle
+(or, with --panel or --backend purple, no session bus).
 )";
 }
 

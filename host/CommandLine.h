@@ -16,7 +16,7 @@ class UsageError : public std::runtime_error {
 
 // The program's options (kibbar --help).
 struct CommandLine {
-  enum class Mode { Terminal, Script, SelfTest, Help, Version };
+  enum class Mode { Terminal, Script, SelfTest, Panel, Help, Version };
 
   Mode mode = Mode::Terminal;
   std::optional<std::string> scenario;    // --scenario FILE; the built-in scenario without

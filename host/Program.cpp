@@ -162,7 +162,7 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   platform::Image::setSystemImageDirectories({plugin->bundle()->resourcePath()});
 
   const std::string scenarioName = line.scenario ? *line.scenario : "built-in";
-  if (purple && line.mode == CommandLine::Mode::Terminal) {
+  if (purple && (line.mode == CommandLine::Mode::Terminal || line.mode == CommandLine::Mode::Panel)) {
     errors << "kibbar: --backend purple runs headless for now (give --script FILE or --self-test N)\n";
     return kBadInput;
   }
@@ -178,6 +178,18 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
     TerminalFrontend frontend(std::move(scenario), scenarioName, *plugin,
                               line.transcript ? &transcript.stream() : nullptr);
     return transcript.finish(frontend.run(errors), errors);
+  }
+
+  if (line.mode == CommandLine::Mode::Panel) {
+    TranscriptOutput transcript;
+    if (!transcript.open(line.transcript, out, errors)) return kBadInput;
+    if (!extensions.panel) {
+      errors << "kibbar: this program was built without the panel frontend\n";
+      return kBadInput;
+    }
+    PanelLaunch launch{std::move(scenario), scenarioName, *plugin, line.transcript ? &transcript.stream() : nullptr,
+                       errors};
+    return transcript.finish(extensions.panel(launch), errors);
   }
 
   TranscriptOutput transcript;

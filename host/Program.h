@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "host/PluginBundle.h"
 #include "host/StatusBarHost.h"
+#include "sim/Scenario.h"
 
 namespace kibhost {
 
@@ -20,12 +22,23 @@ class HeadlessObserver : public StatusBarHostDelegate {
   virtual bool succeeded() const = 0;
 };
 
+// What the panel frontend starts from.
+struct PanelLaunch {
+  sim::Scenario scenario;
+  std::string scenarioName;
+  const PluginBundle& plugin;
+  std::ostream* transcript;  // nil: none
+  std::ostream& errors;
+};
+
 // Parts of the program that live outside the host library because they link
-// more (the rendering module); main() hands them in.
+// more (the rendering module, the session bus); main() hands them in.
 struct ProgramExtensions {
   // Makes the writer of --pictures DIR for a run; null (reason on errors) when it cannot.
   std::function<std::unique_ptr<HeadlessObserver>(const std::string& folder, HeadlessRun& run, std::ostream& errors)>
       pictures;
+  // Runs `--panel`; without it the option is refused.
+  std::function<int(PanelLaunch& launch)> panel;
 };
 
 // The kibbar program: reads the command line, loads the scenario, the script

@@ -71,6 +71,8 @@ void StatusBarHost::menuExtraPopUpMenu(platform::MenuExtra& /*extra*/, const pla
 
 bool StatusBarHost::menuExtraIsMenuDown(const platform::MenuExtra& /*extra*/) const { return openMenu_ != nullptr; }
 
+void StatusBarHost::menuExtraMenuDidChange(platform::MenuExtra& /*extra*/) { delegate_.cachedMenuDidChange(); }
+
 void StatusBarHost::unload() {
   if (!extra_) return;
   auto extra = std::move(extra_);

@@ -24,6 +24,8 @@ class StatusBarHostDelegate {
   virtual void menuDidOpen(const platform::MenuPtr& /*menu*/) {}
   // The menu closed; the chosen item's action (index −1: none) runs right after.
   virtual void menuDidClose(std::int64_t /*chosenIndex*/) {}
+  // The extra cached a new menu or dropped its cached one.
+  virtual void cachedMenuDidChange() {}
   // The latest clock time a menu may stay open; the host closes it then.
   // Headless runs end there; an interactive frontend waits for the user.
   virtual double menuTrackingDeadline() { return std::numeric_limits<double>::infinity(); }
@@ -73,6 +75,7 @@ class StatusBarHost final : public platform::MenuExtraHost {
   void menuExtraNeedsDisplay(platform::MenuExtra& extra) override;
   void menuExtraPopUpMenu(platform::MenuExtra& extra, const platform::MenuPtr& menu) override;
   bool menuExtraIsMenuDown(const platform::MenuExtra& extra) const override;
+  void menuExtraMenuDidChange(platform::MenuExtra& extra) override;
 
  private:
   void scheduleDisplay();

@@ -6,7 +6,11 @@ set -euo pipefail
 packages=(g++ cmake make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libicu-dev nlohmann-json3-dev tmux python3
   libsdbus-c++-dev libsystemd-dev
   libcairo2-dev libpango1.0-dev libpoppler-glib-dev libgdk-pixbuf-2.0-dev fonts-dejavu-core)
-test_packages=(dbus prosody finch python3-slixmpp
+# dbus: private session buses; a real panel (xfce4-panel and its status-notifier
+# plugin) under Xvfb, clicked with xdotool and photographed; a real XMPP server
+# and libpurple client; the package checks; the fuzzers' clang.
+test_packages=(dbus xvfb xfce4-panel xfce4-sntray-plugin xfconf xdotool imagemagick x11-utils
+  prosody finch python3-slixmpp
   dpkg-dev lintian desktop-file-utils man-db
   clang-14 libclang-rt-14-dev libfuzzer-14-dev)
 # scripts/bench.sh: /usr/bin/time for CPU time and peak memory.

@@ -14,7 +14,10 @@ bool MenuExtra::initWithBundle(const BundlePtr& bundle) {
 
 MenuPtr MenuExtra::menu() { return menu_; }
 
-void MenuExtra::setMenu(MenuPtr menu) { menu_ = std::move(menu); }
+void MenuExtra::setMenu(MenuPtr menu) {
+  menu_ = std::move(menu);
+  if (host_) host_->menuExtraMenuDidChange(*this);
+}
 
 void MenuExtra::setView(ViewPtr view) {
   if (view == view_) return;

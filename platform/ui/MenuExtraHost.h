@@ -21,6 +21,9 @@ class MenuExtraHost {
   virtual void menuExtraPopUpMenu(MenuExtra& extra, const MenuPtr& menu) = 0;
   // Whether the item's menu is open now.
   virtual bool menuExtraIsMenuDown(const MenuExtra& extra) const = 0;
+  // The item cached a new menu or dropped it (setMenu); a host showing the
+  // menu elsewhere may want the new one.
+  virtual void menuExtraMenuDidChange(MenuExtra& /*extra*/) {}
 };
 
 }  // namespace platform

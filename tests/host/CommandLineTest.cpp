@@ -48,6 +48,12 @@ TEST(CommandLineTest, OptionsChooseTheFrontend) {
   EXPECT_EQ(CommandLine::parse({}).backend, "sim");
   EXPECT_EQ(CommandLine::parse({"--backend", "purple", "--script", "a.kbs"}).backend, "purple");
   EXPECT_EQ(CommandLine::parse({"--backend=sim"}).backend, "sim");
+
+  const auto panel = CommandLine::parse({"--panel", "--scenario", "w.json", "--transcript", "-"});
+  EXPECT_EQ(panel.mode, Mode::Panel);
+  EXPECT_EQ(panel.scenario, "w.json");
+  EXPECT_EQ(panel.transcript, "-") << "the panel frontend leaves standard output free";
+  EXPECT_NE(CommandLine::usage().find("--panel"), std::string::npos);
 }
 
 TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
@@ -70,6 +76,8 @@ TEST(CommandLineTest, BadCommandLinesSayWhatIsWrong) {
   EXPECT_EQ(usageErrorOf({"--backend", "sim", "--backend", "sim"}), "--backend is given twice");
   EXPECT_EQ(usageErrorOf({"--backend", "purple", "--scenario", "w.json"}),
             "--scenario is for the simulated world, not --backend purple");
+  EXPECT_EQ(usageErrorOf({"--panel", "--script", "a.kbs"}), "--panel cannot be used with --script or --self-test");
+  EXPECT_EQ(usageErrorOf({"--self-test", "1", "--panel"}), "--panel cannot be used with --script or --self-test");
   EXPECT_EQ(usageErrorOf({"--transcript", "-"}),
             "--transcript - writes to standard output, which the terminal frontend uses; give a file");
 }
