@@ -3,7 +3,10 @@
 #include <sdbus-c++/IProxy.h>
 #include <sdbus-c++/Message.h>
 #include <sdbus-c++/Types.h>
+#include <systemd/sd-bus.h>
 #include <time.h>
+
+#include <cstring>
 
 #include <cstdint>
 #include <cstdlib>
@@ -36,19 +39,37 @@ double deadlineOnClock(std::uint64_t timeoutUsec) {
   return platform::Clock::current().now() + std::max(0.0, remaining);
 }
 
+// sdbus-c++ leaks its half-made connection when connecting fails, so the
+// address is tried with sd-bus first: a bus that is not there costs nothing.
+void checkReachable(const std::string& address) {
+  sd_bus* bus = nullptr;
+  int result = sd_bus_new(&bus);
+  if (result >= 0) result = sd_bus_set_address(bus, address.c_str());
+  if (result >= 0) result = sd_bus_set_bus_client(bus, 1);
+  if (result >= 0) result = sd_bus_start(bus);
+  sd_bus_flush_close_unref(bus);
+  if (result < 0) throw BusError("cannot connect to the bus at " + address + " (" + std::strerror(-result) + ")");
+}
+
 }  // namespace
 
 std::unique_ptr<BusConnection> BusConnection::openSessionBus() {
-  const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+  std::string address;
+  if (const char* given = std::getenv("DBUS_SESSION_BUS_ADDRESS"); given && *given)
+    address = given;
+  else if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && *runtime)
+    address = std::string("unix:path=") + runtime + "/bus";
+  else
+    throw BusError("no session bus (DBUS_SESSION_BUS_ADDRESS is not set)");
   try {
-    if (address && *address) return openAddress(address);
-    return std::make_unique<BusConnection>(sdbus::createSessionBusConnection());
-  } catch (const sdbus::Error& error) {
-    throw BusError("no session bus (" + error.getMessage() + ")");
+    return openAddress(address);
+  } catch (const BusError& error) {
+    throw BusError(std::string("no session bus: ") + error.what());
   }
 }
 
 std::unique_ptr<BusConnection> BusConnection::openAddress(const std::string& address) {
+  checkReachable(address);
   try {
     return std::make_unique<BusConnection>(sdbus::createSessionBusConnectionWithAddress(address));
   } catch (const sdbus::Error& error) {

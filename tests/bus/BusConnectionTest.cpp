@@ -5,11 +5,13 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "bus/BusConnection.h"
 #include "platform/core/Clock.h"
 #include "platform/core/RunLoop.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ScopedVariable.h"
 
 namespace {
 
@@ -104,13 +106,28 @@ TEST_F(BusConnectionTest, FollowsANamesOwnerAndNoticesTheBusGoing) {
 }
 
 TEST(BusConnectionOpening, ABusThatCannotBeReachedIsOneLine) {
-  try {
-    BusConnection::openAddress("unix:path=/nonexistent/kibbar-test-bus");
-    FAIL() << "connected to a bus that does not exist";
-  } catch (const kibbus::BusError& error) {
-    std::string message = error.what();
-    EXPECT_NE(message.find("/nonexistent/kibbar-test-bus"), std::string::npos) << message;
-    EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+  struct Case {
+    const char* sessionAddress;
+    const char* runtimeDirectory;
+    std::string expected;
+  };
+  const std::vector<Case> cases{
+      {"unix:path=/nonexistent/kibbar-test-bus", nullptr, "/nonexistent/kibbar-test-bus"},
+      {nullptr, "/nonexistent/kibbar-runtime", "/nonexistent/kibbar-runtime/bus"},
+      {nullptr, nullptr, "DBUS_SESSION_BUS_ADDRESS is not set"},
+  };
+  for (const auto& c : cases) {
+    kibtest::ScopedVariable session("DBUS_SESSION_BUS_ADDRESS", c.sessionAddress);
+    kibtest::ScopedVariable runtime("XDG_RUNTIME_DIR", c.runtimeDirectory);
+    try {
+      BusConnection::openSessionBus();
+      ADD_FAILURE() << "connected to a bus that does not exist: " << c.expected;
+    } catch (const kibbus::BusError& error) {
+      std::string message = error.what();
+      EXPECT_EQ(message.rfind("no session bus", 0), 0u) << message;
+      EXPECT_NE(message.find(c.expected), std::string::npos) << message;
+      EXPECT_EQ(message.find('\n'), std::string::npos) << message;
+    }
   }
 }
 
