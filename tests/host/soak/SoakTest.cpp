@@ -26,7 +26,8 @@
 #endif
 #endif
 #ifdef KIB_SOAK_UNDER_ASAN
-#include <sanitizer/allocator_interface.h>
+// The sanitizer runtime's allocator statistics (its allocator_interface.h, which not every compiler installs).
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace {
