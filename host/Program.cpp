@@ -162,8 +162,8 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   platform::Image::setSystemImageDirectories({plugin->bundle()->resourcePath()});
 
   const std::string scenarioName = line.scenario ? *line.scenario : "built-in";
-  if (purple && (line.mode == CommandLine::Mode::Terminal || line.mode == CommandLine::Mode::Panel)) {
-    errors << "kibbar: --backend purple runs headless for now (give --script FILE or --self-test N)\n";
+  if (purple && line.mode == CommandLine::Mode::Terminal) {
+    errors << "kibbar: --backend purple runs headless or in the panel (give --script FILE, --self-test N or --panel)\n";
     return kBadInput;
   }
   std::unique_ptr<PurpleSession> session;
@@ -187,8 +187,11 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
       errors << "kibbar: this program was built without the panel frontend\n";
       return kBadInput;
     }
-    PanelLaunch launch{std::move(scenario), scenarioName, *plugin, line.transcript ? &transcript.stream() : nullptr,
-                       errors};
+    std::optional<sim::Scenario> world;
+    if (!purple) world = std::move(scenario);
+    if (session) session->start();
+    PanelLaunch launch{std::move(world), purple ? "purple" : scenarioName, *plugin,
+                       line.transcript ? &transcript.stream() : nullptr, errors};
     return transcript.finish(extensions.panel(launch), errors);
   }
 

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -24,7 +25,7 @@ class HeadlessObserver : public StatusBarHostDelegate {
 
 // What the panel frontend starts from.
 struct PanelLaunch {
-  sim::Scenario scenario;
+  std::optional<sim::Scenario> scenario;  // none over a real backend
   std::string scenarioName;
   const PluginBundle& plugin;
   std::ostream* transcript;  // nil: none

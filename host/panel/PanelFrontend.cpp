@@ -30,7 +30,7 @@ std::string shortName(const std::string& identifier) {
 
 }  // namespace
 
-PanelFrontend::PanelFrontend(sim::Scenario scenario, std::string scenarioName, const PluginBundle& plugin,
+PanelFrontend::PanelFrontend(std::optional<sim::Scenario> scenario, std::string scenarioName, const PluginBundle& plugin,
                              std::ostream* transcriptFile, std::unique_ptr<PanelIcons> icons)
     : scenario_(std::move(scenario)),
       scenarioName_(std::move(scenarioName)),
@@ -99,9 +99,9 @@ int PanelFrontend::run(std::ostream& errors) {
 }
 
 bool PanelFrontend::startExtra(std::ostream& errors) {
-  world_ = sim::SimWorld::make(scenario_);
+  if (scenario_) world_ = sim::SimWorld::make(*scenario_);
   transcript_ = std::make_unique<Transcript>(transcriptFile_ ? *transcriptFile_ : nullStream_);
-  recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, *world_);
+  recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, world_.get());
   label_ = std::make_unique<LabelThrottle>(kLabelInterval, [this](const std::string& label) { labelSent(label); });
   observeScreenSharing();
   state_.title = shortName(plugin_.bundle()->bundleIdentifier());
@@ -116,7 +116,7 @@ bool PanelFrontend::startExtra(std::ostream& errors) {
     errors << "kibbar: " << error << '\n';
     return false;
   }
-  world_->start();
+  if (world_) world_->start();
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -40,7 +41,8 @@ class PanelFrontend final : public StatusBarHostDelegate,
   // Label changes are sent at most this often.
   static constexpr double kLabelInterval = 0.1;
 
-  PanelFrontend(sim::Scenario scenario, std::string scenarioName, const PluginBundle& plugin,
+  // No scenario: a real backend is the messaging daemon, and there is no simulated world.
+  PanelFrontend(std::optional<sim::Scenario> scenario, std::string scenarioName, const PluginBundle& plugin,
                 std::ostream* transcriptFile, std::unique_ptr<PanelIcons> icons);
   ~PanelFrontend() override;
   PanelFrontend(const PanelFrontend&) = delete;
@@ -84,7 +86,7 @@ class PanelFrontend final : public StatusBarHostDelegate,
   std::string localized(const std::string& key) const;
   void publish();
 
-  sim::Scenario scenario_;
+  std::optional<sim::Scenario> scenario_;
   std::string scenarioName_;
   const PluginBundle& plugin_;
   std::ostream* transcriptFile_;

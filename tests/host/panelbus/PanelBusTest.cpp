@@ -66,14 +66,18 @@ class PanelBusTest : public ::testing::Test {
   }
 
   void startKibbar(const std::string& busAddress) {
+    startKibbar(busAddress, {"--scenario", env("KIB_TEST_SOURCE_DIR") + "/tests/host/panelbus/panel-evening.json"});
+  }
+  void startKibbar(const std::string& busAddress, const std::vector<std::string>& arguments) {
     kibtest::ChildProcess::Options options;
     options.environment = {"DBUS_SESSION_BUS_ADDRESS=" + busAddress, "HOME=" + (dir_ / "home").string(),
                            "XDG_CONFIG_HOME=" + (dir_ / "home/.config").string(), "KIBBAR_PANEL_THEME=light"};
-    const std::string scenario = env("KIB_TEST_SOURCE_DIR") + "/tests/host/panelbus/panel-evening.json";
+    std::vector<std::string> command{"/bin/sh", "-c", "exec \"$0\" \"$@\" 2>\"$KIB_ERRORS\"", env("KIBBAR"), "--panel",
+                                     "--transcript", (dir_ / "transcript.jsonl").string()};
+    command.insert(command.end(), arguments.begin(), arguments.end());
     // Standard error goes to a file the test reads.
     kibbar_ = std::make_unique<kibtest::ChildProcess>(
-        std::vector<std::string>{"/bin/sh", "-c", "exec \"$0\" \"$@\" 2>\"$KIB_ERRORS\"", env("KIBBAR"), "--panel",
-                                 "--scenario", scenario, "--transcript", (dir_ / "transcript.jsonl").string()},
+        command,
         [&] {
           options.environment.push_back("KIB_ERRORS=" + (dir_ / "errors.txt").string());
           return options;
@@ -558,6 +562,27 @@ TEST_F(PanelBusTest, WithoutAWatcherTheItemSaysSoAndRegistersWhenOneAppears) {
   peer_->ownWatcher();
   EXPECT_EQ(waitForRegistration().rfind("org.kde.StatusNotifierItem-", 0), 0u);
   EXPECT_EQ(kibbar_->stop(), 0);
+}
+
+// Over a libpurple client that has not started, the panel shows the not-connected menu.
+TEST_F(PanelBusTest, OverAnAbsentLibpurpleClientThePanelShowsTheNotConnectedMenu) {
+  peer_->ownWatcher();
+  startKibbar(bus_->address(), {"--backend", "purple"});
+  const std::string service = waitForRegistration();
+  ASSERT_EQ(service.rfind("org.kde.StatusNotifierItem-", 0), 0u) << service << errors();
+  peer_->follow(service);
+  const auto [items, root] = openMenu();
+  EXPECT_EQ(items.size(), 2u) << items.dump();
+  const auto notice = entryLabelled(root, "No Account Enabled");
+  ASSERT_TRUE(notice.has_value());
+  const auto& properties = std::get<1>(*notice);
+  ASSERT_EQ(properties.count("enabled"), 1u);
+  EXPECT_FALSE(properties.at("enabled").get<bool>()) << "the notice is shown disabled";
+  EXPECT_TRUE(entryLabelled(root, "Open Parlo…").has_value());
+  EXPECT_FALSE(entryLabelled(root, "Away").has_value());
+  event(0, "closed");
+  EXPECT_EQ(kibbar_->stop(), 0);
+  EXPECT_EQ(lines("start").at(0)["scenario"], "purple");
 }
 
 TEST_F(PanelBusTest, WithoutASessionBusOneLineAndExitStatusTwo) {
