@@ -27,7 +27,7 @@ echo "running the extra's benchmarks…" >&2
 "$BUILD/bench/bench_extra" --benchmark_out="$OUT/extra.json" --benchmark_out_format=json > /dev/null
 
 # Headless: start, open the menu, quit, over generated worlds.
-printf 'wait 2\nclick\ndismiss\nwait 1\n' > "$OUT/open-menu.kbs"
+printf 'wait 2\nclick\nwait 1\n' > "$OUT/open-menu.kbs"
 for people in 5000 50000; do
   echo "headless run over $people people…" >&2
   /usr/bin/python3 bench/make_scenario.py "$people" > "$OUT/world-$people.json"
