@@ -39,7 +39,8 @@ done
 # The terminal program at rest: voluntary context switches (wake-ups) of its
 # process over a few seconds, once the start-up is over. It runs on a pty.
 echo "idle terminal program…" >&2
-TERM=xterm script -qfec "$BUILD/host/kibbar --transcript $OUT/terminal.jsonl" /dev/null < /dev/zero > /dev/null 2>&1 &
+# Its input is a pipe that stays open and silent until the measurement is over.
+sleep 20 | TERM=xterm script -qfec "$BUILD/host/kibbar --transcript $OUT/terminal.jsonl" /dev/null > /dev/null 2>&1 &
 PIDS+=($!)
 idle_wakeups=""
 for _ in $(seq 1 50); do
