@@ -7,6 +7,7 @@
 #include <ctime>
 
 #include "host/SlotRenderer.h"
+#include "platform/core/Clock.h"
 #include "platform/core/RunLoop.h"
 #include "platform/ui/KeyModifiers.h"
 

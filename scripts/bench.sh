@@ -27,7 +27,7 @@ echo "running the extra's benchmarks…" >&2
 "$BUILD/bench/bench_extra" --benchmark_out="$OUT/extra.json" --benchmark_out_format=json > /dev/null
 
 # Headless: start, open the menu, quit, over generated worlds.
-printf 'wait 2\nclick\ndismiss\nwait 1\n' > "$OUT/open-menu.kbs"
+printf 'wait 2\nclick\nwait 1\n' > "$OUT/open-menu.kbs"
 for people in 5000 50000; do
   echo "headless run over $people people…" >&2
   /usr/bin/python3 bench/make_scenario.py "$people" > "$OUT/world-$people.json"
@@ -39,7 +39,8 @@ done
 # The terminal program at rest: voluntary context switches (wake-ups) of its
 # process over a few seconds, once the start-up is over. It runs on a pty.
 echo "idle terminal program…" >&2
-TERM=xterm script -qfec "$BUILD/host/kibbar --transcript $OUT/terminal.jsonl" /dev/null < /dev/zero > /dev/null 2>&1 &
+# Its input is a pipe that stays open and silent until the measurement is over.
+sleep 20 | TERM=xterm script -qfec "$BUILD/host/kibbar --transcript $OUT/terminal.jsonl" /dev/null > /dev/null 2>&1 &
 PIDS+=($!)
 idle_wakeups=""
 for _ in $(seq 1 50); do
