@@ -162,10 +162,6 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
   platform::Image::setSystemImageDirectories({plugin->bundle()->resourcePath()});
 
   const std::string scenarioName = line.scenario ? *line.scenario : "built-in";
-  if (purple && line.mode == CommandLine::Mode::Terminal) {
-    errors << "kibbar: --backend purple runs headless or in the panel (give --script FILE, --self-test N or --panel)\n";
-    return kBadInput;
-  }
   std::unique_ptr<PurpleSession> session;
   if (purple && !(session = PurpleSession::open(errors))) return kBadInput;
   if (line.mode == CommandLine::Mode::Terminal) {
@@ -175,8 +171,14 @@ int Program::run(const std::vector<std::string>& arguments, std::ostream& out, s
     }
     TranscriptOutput transcript;
     if (!transcript.open(line.transcript, out, errors)) return kBadInput;
-    TerminalFrontend frontend(std::move(scenario), scenarioName, *plugin,
+    std::optional<sim::Scenario> world;
+    if (!purple) world = std::move(scenario);
+    TerminalFrontend frontend(std::move(world), purple ? "purple" : scenarioName, *plugin,
                               line.transcript ? &transcript.stream() : nullptr);
+    if (session) {
+      session->backend().setActivityObserver([&frontend](const std::string& activity) { frontend.noteActivity(activity); });
+      session->start();
+    }
     return transcript.finish(frontend.run(errors), errors);
   }
 

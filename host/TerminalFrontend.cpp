@@ -62,7 +62,7 @@ std::string summary(const Transcript::Fields& line) {
 
 }  // namespace
 
-TerminalFrontend::TerminalFrontend(sim::Scenario scenario, std::string scenarioName, const PluginBundle& plugin,
+TerminalFrontend::TerminalFrontend(std::optional<sim::Scenario> scenario, std::string scenarioName, const PluginBundle& plugin,
                                    std::ostream* transcriptFile)
     : scenario_(std::move(scenario)),
       scenarioName_(std::move(scenarioName)),
@@ -87,8 +87,10 @@ int TerminalFrontend::run(std::ostream& errors) {
   }
   signals_ = std::make_unique<SignalPipe>(std::vector<int>{SIGINT, SIGTERM, SIGHUP, SIGWINCH, SIGCONT});
 
-  world_ = sim::SimWorld::make(scenario_);
-  panel_ = std::make_unique<WorldPanel>(*world_, scenarioName_);
+  if (scenario_) world_ = sim::SimWorld::make(*scenario_);
+  panel_ = std::make_unique<WorldPanel>(world_.get(), scenarioName_);
+  for (auto& line : pendingActivity_) panel_->addActivity(std::move(line));
+  pendingActivity_.clear();
   transcript_ = std::make_unique<Transcript>(transcriptFile_ ? *transcriptFile_ : nullStream_);
   transcript_->setLineObserver([this](const Transcript::Fields& line) { noteTranscriptLine(line); });
   recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, world_.get());
@@ -102,7 +104,7 @@ int TerminalFrontend::run(std::ostream& errors) {
     errors << "kibbar: " << error << '\n';
     return 2;
   }
-  world_->start();
+  if (world_) world_->start();
 
   auto& loop = platform::RunLoop::main();
   loop.addFileDescriptorSource(STDIN_FILENO, [this] { readInput(); });
@@ -223,6 +225,9 @@ void TerminalFrontend::handle(const KeyEvent& key) {
     clickSlot(0);
   } else if (key.text == "q") {
     requestQuit();
+  } else if (!world_ && key.text.size() == 1 && std::string_view("+-ts").find(key.text) != std::string_view::npos) {
+    panel_->addActivity("not here: change it in the client");
+    requestRedraw();
   } else if (key.text == "+" && buddy) {
     applyEvent(sim::SimEvent::buddyOnline(buddy->accountID, buddy->handleID));
   } else if (key.text == "-" && buddy) {
@@ -309,18 +314,30 @@ void TerminalFrontend::clickSlot(std::uint64_t modifierFlags) {
 
 void TerminalFrontend::applyEvent(const sim::SimEvent& event) {
   std::string error;
-  if (!world_->apply(event, &error)) panel_->addActivity("cannot: " + error);
+  if (!world_)
+    panel_->addActivity("not here: change it in the client");
+  else if (!world_->apply(event, &error))
+    panel_->addActivity("cannot: " + error);
   requestRedraw();
 }
 
 void TerminalFrontend::toggleScreenSharing() {
-  const auto& application = world_->application();
+  const auto* application = world_ ? world_->application().get() : nullptr;
   if (application && application->isScreenSharing()) {
     applyEvent(sim::SimEvent::screenSharingEnd());
     return;
   }
   const auto* buddy = panel_->selectedBuddy();
   applyEvent(sim::SimEvent::screenSharingStart(buddy ? std::optional<std::string>(buddy->name) : std::nullopt));
+}
+
+void TerminalFrontend::noteActivity(const std::string& line) {
+  if (!panel_) {
+    pendingActivity_.push_back(line);
+    return;
+  }
+  panel_->addActivity(line);
+  requestRedraw();
 }
 
 void TerminalFrontend::requestQuit() {
@@ -407,6 +424,8 @@ void TerminalFrontend::drawFooter() {
   } else if (menu_) {
     help = std::string(" ↑↓ move · Enter choose · Esc close · Tab Option ") +
            (menu_->isOptionHeld() ? "[held]" : "[up]") + " · ^E Control-Escape · ^C quit";
+  } else if (!world_) {
+    help = " Enter/Space/click: open the menu · q quit   (the messaging client's world changes in the client)";
   } else {
     help =
         " Enter/Space/click: open the menu · ↑↓ pick a buddy · + online · - offline · t status text · "

@@ -30,13 +30,16 @@ namespace kibhost {
 // the main run loop; the terminal is given back on every way out.
 class TerminalFrontend final : public StatusBarHostDelegate {
  public:
-  // transcriptFile: where to write a transcript of the session, or nil.
-  TerminalFrontend(sim::Scenario scenario, std::string scenarioName, const PluginBundle& plugin,
+  // transcriptFile: where to write a transcript of the session, or nil. No
+  // scenario: a real backend is the messaging daemon, and there is no world to change.
+  TerminalFrontend(std::optional<sim::Scenario> scenario, std::string scenarioName, const PluginBundle& plugin,
                    std::ostream* transcriptFile);
   ~TerminalFrontend() override;
 
   // Runs until the user quits or a signal ends the program; answers the exit status.
   int run(std::ostream& errors);
+  // A line for the panel's list of what happened (a real client's doings).
+  void noteActivity(const std::string& line);
 
   void slotLengthDidChange(double length) override;
   void slotDidDisplay(const platform::RecordingCanvas& canvas) override;
@@ -61,7 +64,7 @@ class TerminalFrontend final : public StatusBarHostDelegate {
   void drawFooter();
   void noteTranscriptLine(const Transcript::Fields& line);
 
-  sim::Scenario scenario_;
+  std::optional<sim::Scenario> scenario_;
   std::string scenarioName_;
   const PluginBundle& plugin_;
   std::ostream* transcriptFile_;
@@ -76,6 +79,7 @@ class TerminalFrontend final : public StatusBarHostDelegate {
   std::unique_ptr<TranscriptRecorder> recorder_;
   std::unique_ptr<StatusBarHost> host_;
   std::unique_ptr<WorldPanel> panel_;
+  std::vector<std::string> pendingActivity_;  // heard before the panel exists
   std::unique_ptr<TerminalMenu> menu_;
   platform::TimerPtr clockTimer_;
 

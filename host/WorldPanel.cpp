@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "platform/im/IMAccount.h"
+#include "platform/im/IMAccountController.h"
 #include "platform/im/IMHandle.h"
+#include "platform/im/IMPeople.h"
 #include "platform/im/IMPersonStatus.h"
 #include "platform/im/IMService.h"
 
@@ -66,11 +68,18 @@ const char* loginText(std::uint32_t loginStatus) {
   }
 }
 
+platform::IMHandlePtr handleOf(sim::SimWorld* world, const WorldPanel::Buddy& buddy) {
+  if (world) return world->handle(buddy.accountID, buddy.handleID);
+  auto account = platform::IMAccountController::sharedInstance()->accountWithUniqueID(buddy.accountID);
+  return account ? account->buddyList()->imHandleWithID(buddy.handleID) : nullptr;
+}
+
 }  // namespace
 
-WorldPanel::WorldPanel(sim::SimWorld& world, std::string scenarioName)
+WorldPanel::WorldPanel(sim::SimWorld* world, std::string scenarioName)
     : world_(world), scenarioName_(std::move(scenarioName)) {
-  for (const auto& person : world_.scenario().people) {
+  if (!world_) return;
+  for (const auto& person : world_->scenario().people) {
     std::string name = person.firstName;
     if (!person.lastName.empty()) name += (name.empty() ? "" : " ") + person.lastName;
     for (const auto& handle : person.handles)
@@ -81,6 +90,15 @@ WorldPanel::WorldPanel(sim::SimWorld& world, std::string scenarioName)
 void WorldPanel::addActivity(std::string line) {
   activity_.push_back(std::move(line));
   while (activity_.size() > kActivityLines) activity_.pop_front();
+}
+
+std::vector<WorldPanel::Buddy> WorldPanel::buddies() const {
+  if (world_) return buddies_;
+  std::vector<Buddy> rows;
+  for (const auto& account : platform::IMAccountController::sharedInstance()->accounts())
+    for (const auto& handle : account->buddyList()->people())
+      rows.push_back({account->uniqueID(), handle->ID(), handle->name()});
+  return rows;
 }
 
 void WorldPanel::moveSelection(int direction) {
@@ -98,7 +116,8 @@ void WorldPanel::draw(TerminalScreen& screen, int top, int bottom) const {
   const bool twoColumns = width >= 100;
   const int leftWidth = twoColumns ? std::max(64, width * 5 / 8) : width;
   int y = top;
-  screen.put(1, y++, "Simulated world · " + scenarioName_, heading(), leftWidth - 2);
+  screen.put(1, y++, (world_ ? "Simulated world · " : "Messaging client · ") + scenarioName_, heading(),
+             leftWidth - 2);
   y = drawAccounts(screen, 1, y + 1, leftWidth - 2);
   if (twoColumns) {
     drawBuddies(screen, 1, y + 1, leftWidth - 2, bottom - y - 1);
@@ -115,10 +134,16 @@ void WorldPanel::draw(TerminalScreen& screen, int top, int bottom) const {
 
 int WorldPanel::drawAccounts(TerminalScreen& screen, int x, int y, int width) const {
   screen.put(x, y++, "Accounts", heading());
-  for (const auto& entry : world_.scenario().accounts) {
-    auto account = world_.account(entry.id);
-    if (!account) continue;
-    std::string line = TerminalScreen::fitted(entry.id, 9) +
+  std::vector<platform::IMAccountPtr> accounts;
+  if (world_) {
+    for (const auto& entry : world_->scenario().accounts)
+      if (auto account = world_->account(entry.id)) accounts.push_back(account);
+  } else {
+    accounts = platform::IMAccountController::sharedInstance()->accounts();
+  }
+  if (accounts.empty()) screen.put(x + 1, y++, "none", muted(), width - 1);
+  for (const auto& account : accounts) {
+    std::string line = TerminalScreen::fitted(account->uniqueID(), 9) +
                        TerminalScreen::fitted(account->service() ? account->service()->name() : "?", 8) +
                        TerminalScreen::fitted(loginText(account->loginStatus()), 12);
     const int used = screen.put(x + 1, y, line, account->isActive() ? Style{} : muted(), width - 1);
@@ -138,11 +163,12 @@ int WorldPanel::drawAccounts(TerminalScreen& screen, int x, int y, int width) co
 int WorldPanel::drawBuddies(TerminalScreen& screen, int x, int y, int width, int rows) const {
   screen.put(x, y++, "Buddies", heading());
   const int shown = std::max(0, rows - 1);
-  const int count = static_cast<int>(buddies_.size());
+  const auto list = buddies();
+  const int count = static_cast<int>(list.size());
   const int first = std::clamp(selected_ - shown / 2, 0, std::max(0, count - shown));
   for (int i = first; i < count && i < first + shown; ++i, ++y) {
-    const auto& buddy = buddies_[static_cast<std::size_t>(i)];
-    auto handle = world_.handle(buddy.accountID, buddy.handleID);
+    const auto& buddy = list[static_cast<std::size_t>(i)];
+    auto handle = handleOf(world_, buddy);
     const bool picked = i == selected_;
     Style style;
     if (picked) style.reverse = true;
@@ -162,9 +188,8 @@ int WorldPanel::drawBuddies(TerminalScreen& screen, int x, int y, int width, int
 
 int WorldPanel::drawApplication(TerminalScreen& screen, int x, int y, int width, int rows) const {
   screen.put(x, y++, "Messaging application", heading());
-  const auto& application = world_.application();
   std::vector<std::string> lines;
-  if (application) {
+  if (const auto* application = world_ ? world_->application().get() : nullptr) {
     if (application->isScreenSharing())
       lines.push_back("sharing the screen" +
                       (application->screenSharingPartner() ? " with " + *application->screenSharingPartner() : ""));

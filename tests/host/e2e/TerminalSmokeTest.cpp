@@ -160,3 +160,39 @@ TEST_F(E2ETest, AClickOnTheSlotOpensTheMenuAndATerminationSignalRestoresTheTermi
 }
 
 }  // namespace
+
+// Over a libpurple client that is not running: the panel shows the client's
+// side, the menu is the not-connected one, and the world keys refuse politely.
+TEST_F(E2ETest, TheTerminalFrontendOverAnAbsentLibpurpleClient) {
+  if (!Tmux::available() || std::system("command -v dbus-run-session > /dev/null") != 0)
+    GTEST_SKIP() << "tmux or dbus-run-session is not installed";
+  const auto parlo = kibtest::environmentPath("KIB_EXTRA_BUNDLE");
+  if (!std::filesystem::exists(parlo / "Info.json")) GTEST_SKIP() << "the extra is not built";
+
+  const auto exitFile = dir / "exit.txt";
+  // A private session bus that lives as long as the program.
+  const std::string command = "KIBBAR_CONFIG_DIR=" + Tmux::quote((dir / "prefs").string()) + " dbus-run-session -- " +
+                              Tmux::quote(kibtest::environmentPath("KIBBAR").string()) + " --backend purple; echo $? > " +
+                              Tmux::quote(exitFile.string());
+  Tmux tmux("kibbar-purple-" + std::to_string(getpid()));
+  ASSERT_TRUE(tmux.start("sh -c " + Tmux::quote(command), 110, 32));
+  ASSERT_TRUE(tmux.waitFor([](const std::string& screen) {
+    return contains(screen, "Messaging client · purple") && contains(screen, "(•)");
+  })) << tmux.capture();
+
+  tmux.sendKeys("Enter");
+  ASSERT_TRUE(tmux.waitFor([&](const std::string& screen) {
+    return contains(screen, "┌") && contains(screen, "No Account Enabled") && contains(screen, "Open Parlo");
+  })) << tmux.capture();
+  tmux.sendKeys("Escape");
+  ASSERT_TRUE(tmux.waitFor([&](const std::string& screen) { return !contains(screen, "┌"); })) << tmux.capture();
+
+  tmux.sendKeys("+");
+  ASSERT_TRUE(tmux.waitFor([&](const std::string& screen) { return contains(screen, "change it in the client"); }))
+      << tmux.capture();
+
+  tmux.sendKeys("q");
+  ASSERT_TRUE(tmux.waitFor([&](const std::string&) { return std::filesystem::exists(exitFile); })) << tmux.capture();
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));  // the status is written whole
+  EXPECT_EQ(kibtest::readFile(exitFile), "0\n");
+}
