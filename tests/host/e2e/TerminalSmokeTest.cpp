@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "tests/host/e2e/E2ETest.h"
+#include "tests/support/ChildProcess.h"
 
 namespace {
 
@@ -164,14 +165,16 @@ TEST_F(E2ETest, AClickOnTheSlotOpensTheMenuAndATerminationSignalRestoresTheTermi
 // Over a libpurple client that is not running: the panel shows the client's
 // side, the menu is the not-connected one, and the world keys refuse politely.
 TEST_F(E2ETest, TheTerminalFrontendOverAnAbsentLibpurpleClient) {
-  if (!Tmux::available() || std::system("command -v dbus-run-session > /dev/null") != 0)
-    GTEST_SKIP() << "tmux or dbus-run-session is not installed";
+  if (!Tmux::available() || std::system("command -v dbus-daemon > /dev/null") != 0)
+    GTEST_SKIP() << "tmux or dbus-daemon is not installed";
   const auto parlo = kibtest::environmentPath("KIB_EXTRA_BUNDLE");
   if (!std::filesystem::exists(parlo / "Info.json")) GTEST_SKIP() << "the extra is not built";
 
   const auto exitFile = dir / "exit.txt";
-  // A private session bus that lives as long as the program.
-  const std::string command = "KIBBAR_CONFIG_DIR=" + Tmux::quote((dir / "prefs").string()) + " dbus-run-session -- " +
+  // A private session bus, ended by its PID whatever happens to the test.
+  kibtest::PrivateBus bus;
+  const std::string command = "KIBBAR_CONFIG_DIR=" + Tmux::quote((dir / "prefs").string()) +
+                              " DBUS_SESSION_BUS_ADDRESS=" + Tmux::quote(bus.address()) + " " +
                               Tmux::quote(kibtest::environmentPath("KIBBAR").string()) + " --backend purple; echo $? > " +
                               Tmux::quote(exitFile.string());
   Tmux tmux("kibbar-purple-" + std::to_string(getpid()));
