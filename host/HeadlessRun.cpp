@@ -50,10 +50,7 @@ HeadlessRun::~HeadlessRun() {
 }
 
 bool HeadlessRun::start() {
-  const auto& bundle = plugin_.bundle();
-  transcript_->write("start", {{"bundle", bundle->bundleIdentifier()},
-                               {"principalClass", bundle->principalClassName()},
-                               {"scenario", scenarioName_}});
+  recorder_->recordStart(plugin_, scenarioName_);
   std::string error;
   if (!host_->load(plugin_, error)) {
     errors_ << "kibbar: " << error << '\n';

@@ -95,9 +95,7 @@ int TerminalFrontend::run(std::ostream& errors) {
   transcript_->setLineObserver([this](const Transcript::Fields& line) { noteTranscriptLine(line); });
   recorder_ = std::make_unique<TranscriptRecorder>(*transcript_, world_.get());
   host_ = std::make_unique<StatusBarHost>(*this);
-  transcript_->write("start", {{"bundle", plugin_.bundle()->bundleIdentifier()},
-                               {"principalClass", plugin_.bundle()->principalClassName()},
-                               {"scenario", scenarioName_}});
+  recorder_->recordStart(plugin_, scenarioName_);
   std::string error;
   if (!host_->load(plugin_, error)) {
     session_.leave();

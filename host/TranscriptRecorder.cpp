@@ -49,6 +49,13 @@ TranscriptRecorder::TranscriptRecorder(Transcript& transcript, sim::SimWorld* wo
   hookPlatform();
 }
 
+void TranscriptRecorder::recordStart(const PluginBundle& plugin, const std::string& scenarioName) {
+  const auto& bundle = plugin.bundle();
+  transcript_.write("start", {{"bundle", bundle->bundleIdentifier()},
+                              {"principalClass", bundle->principalClassName()},
+                              {"scenario", scenarioName}});
+}
+
 void TranscriptRecorder::recordApplicationActivity(const std::string& line) {
   transcript_.write("application", {{"activity", line}});
 }

@@ -34,6 +34,8 @@ class TranscriptRecorder final : public StatusBarHostDelegate {
 
   Transcript& transcript() { return transcript_; }
   // What the messaging application (or a real backend standing in for it) did.
+  // The first line of every transcript: the extra loaded and the world it runs on.
+  void recordStart(const PluginBundle& plugin, const std::string& scenarioName);
   void recordApplicationActivity(const std::string& line);
 
   // Also told of every log line (after it is recorded).

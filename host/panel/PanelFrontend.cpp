@@ -108,9 +108,7 @@ bool PanelFrontend::startExtra(std::ostream& errors) {
   state_.attentionIcon =
       pixmapsFor(platform::Image::initByReferencingFile(plugin_.bundle()->resourcePath() + "/" + kSharingGlyph), false);
   host_ = std::make_unique<StatusBarHost>(*this);
-  transcript_->write("start", {{"bundle", plugin_.bundle()->bundleIdentifier()},
-                               {"principalClass", plugin_.bundle()->principalClassName()},
-                               {"scenario", scenarioName_}});
+  recorder_->recordStart(plugin_, scenarioName_);
   std::string error;
   if (!host_->load(plugin_, error)) {
     errors << "kibbar: " << error << '\n';
