@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/im/IMPersonStatus.h"
+
 namespace platform {
 class IMHandle;
 }
@@ -23,6 +25,13 @@ struct KibItemSortCache {
   std::uint64_t unchangedInSort = 0;
   // Its index in the array being sorted.
   std::uint32_t indexInSort = 0;
+
+  // While the list owes its displayed array a rebuild: the status the item
+  // had at the list's last resort (valid in journal journalEpoch), and the
+  // resort epoch in which it was noted as changed since.
+  std::uint64_t journalEpoch = 0;
+  std::uint64_t changedInResort = 0;
+  platform::IMPersonStatus displayedStatus = 0;
 };
 
 }  // namespace kib

@@ -15,8 +15,6 @@ namespace {
 
 KibPeopleListItemPtr makeKibPeopleListItem() { return std::make_shared<KibPeopleListItem>(); }
 
-bool willLog() { return platform::IMWillLog(kKibPeopleListLogCategory); }
-
 // Appends the handles of the items' presences that are not there yet.
 void collectHandles(const KibPeopleList::Items& items, KibPeopleList::Handles& handles,
                     std::unordered_set<const platform::IMHandle*>& seen) {
@@ -113,6 +111,7 @@ void KibPeopleList::setGroupProperties(const platform::DictionaryPtr& properties
 
 void KibPeopleList::setArrangesByGroup(bool arranges) {
   if (arranges == _arrangesByGroup) return;
+  willChangeDisplayedState();
   if (_offlineGroup) _offlineGroup->removeAllItems();
   _arrangesByGroup = arranges;
   refreshList();
@@ -120,6 +119,7 @@ void KibPeopleList::setArrangesByGroup(bool arranges) {
 
 void KibPeopleList::setShowsStatus(bool& hideField, bool shows) {
   if (hideField == !shows) return;
+  willChangeDisplayedState();
   beginChanges();
   hideField = !shows;
   _refreshContents();
@@ -128,6 +128,7 @@ void KibPeopleList::setShowsStatus(bool& hideField, bool shows) {
 
 void KibPeopleList::setShowsOfflinePeople(bool shows) {
   if (showsOfflinePeople() == shows) return;
+  willChangeDisplayedState();
   if (_offlineGroup) _offlineGroup->removeAllItems();
   setShowsStatus(_hideOfflinePeople, shows);
 }
@@ -153,56 +154,6 @@ kib::KibSortParameters KibPeopleList::KibSortParameters() const {
   parameters.currentKey = 0;
   parameters.usesManualOrder = false;
   return parameters;
-}
-
-// Batching and resorting.
-
-void KibPeopleList::beginChanges() { ++_coalesceCount; }
-
-void KibPeopleList::endChanges() {
-  --_coalesceCount;
-  if (makingChanges()) return;
-  if (_pendingResort) _resortNow();
-}
-
-void KibPeopleList::_resort() {
-  if (_pendingResort) return;
-  if (!makingChanges())
-    _resortNow();
-  else
-    _pendingResort = true;
-}
-
-void KibPeopleList::_refreshContents() {
-  beginChanges();
-  _resort();
-  endChanges();
-}
-
-void KibPeopleList::resort() { _refreshContents(); }
-
-void KibPeopleList::refreshList() { _refreshContents(); }
-
-void KibPeopleList::_resortNow() {
-  _rebuildItems();
-  if (!_items.empty()) {
-    // Sorted as std::stable_sort with the item comparator sorts them (ties
-    // keep the rebuild's order), only faster.
-    if (_usesReferenceAlgorithms)
-      KibPeopleListSorter::referenceSort(_items, KibSortParameters());
-    else
-      _sorter.sort(_items, _previousItems, KibSortParameters());
-    _previousItems.clear();
-    if (willLog()) platform::IMAlwaysLog("Items after sort: %@", _items);
-    _postResortNotification();
-  }
-  _previousItems.clear();
-  _pendingResort = false;
-}
-
-void KibPeopleList::_postResortNotification() {
-  platform::NotificationCenter::defaultCenter().postNotificationName(kKibPeopleListDidUpdateNotification,
-                                                                     weak_from_this().lock());
 }
 
 // Item observation and notifications.
@@ -237,7 +188,11 @@ void KibPeopleList::objectDidPostDirectNotification(const platform::Notification
   performSelector(_notificationSelectors().at(static_cast<std::size_t>(found - names.begin())), notification);
 }
 
-void KibPeopleList::_peopleListItemNeedsSorting(const platform::ObjectPtr&) { _refreshContents(); }
+void KibPeopleList::_peopleListItemNeedsSorting(const platform::ObjectPtr&) {
+  beginChanges();
+  _resortForItem();
+  endChanges();
+}
 
 void KibPeopleList::_peopleListItemNeedsGroupChange(const platform::ObjectPtr&) { _refreshContents(); }
 

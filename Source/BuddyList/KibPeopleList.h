@@ -55,6 +55,13 @@ struct KibItemRange {
 // items, forwards every item notification to its own direct observers and
 // resorts on the sorting, group-change and sort-order ones.
 //
+// When all that changed since the last resort is the status of a few items of
+// a flat list (a transition ending, say), a resort only notes their statuses,
+// counts the rows shown and posts; the displayed array is rebuilt once, when
+// it is next read (or before anything else changes), exactly as the last of
+// those resorts would have left it. The items, presences and handles tell the
+// list before they change (objectWillChange), which is what makes that safe.
+//
 // The list is its items' delegate: person items may always run their status
 // transitions (see peopleListItemCanTransitionToStatus).
 class KibPeopleList : public platform::IMDirectlyObservableObject,
@@ -127,10 +134,13 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   kib::KibSortParameters KibSortParameters() const;
 
   // The collections.
-  // The displayed array, rebuilt on every resort.
-  const Items& items() const { return _items; }
-  // How the last resort sorted (for tests of the fast paths).
-  KibPeopleListSorter::Method lastSortMethod() const { return _sorter.lastMethod(); }
+  // The displayed array as the last resort left it. (Logically const: it may
+  // finish the rebuild that resort decided on.)
+  const Items& items() const;
+  // How the last rebuild of the displayed array sorted (for tests of the fast paths).
+  KibPeopleListSorter::Method lastSortMethod() const;
+  // How many resorts so far only noted changed statuses (for tests of the fast paths).
+  std::uint64_t numberOfNotedResorts() const { return _notedResorts; }
   // Files, searches and sorts the straightforward way (every item asked, every
   // text folded anew, the item comparator alone): the reference that tests
   // hold the fast paths to.
@@ -208,14 +218,18 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // Item notifications: forwarded to the list's observers first, then
   // dispatched through the two tables below.
   void objectDidPostDirectNotification(const platform::NotificationPtr& notification) override;
+  // An item about to change (KibPeopleListResort.cpp).
+  void objectWillChange(platform::IMDirectlyObservableObject& item) override;
   static const std::vector<std::string>& _notificationNames();
   static const std::vector<std::string>& _notificationSelectors();
 
   std::string className() const override { return "KibPeopleList"; }
 
  protected:
-  // Resorting.
+  // Resorting (KibPeopleListResort.cpp).
   void _resort();
+  // A resort asked for by an item of the list, about the item alone.
+  void _resortForItem();
   void _resortNow();
   void _refreshContents();
   void _postResortNotification();
@@ -246,6 +260,8 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // Rebuilding and search (KibPeopleListRebuild.cpp).
   void _rebuildItems();
   bool _peopleListItemShouldBeShownInGroup(const KibPeopleListItemPtr& item, const KibPeopleListGroup* group) const;
+  // The same for an item of that status.
+  bool shownWithStatusInGroup(platform::IMPersonStatus status, const KibPeopleListGroup* group) const;
   bool _peopleListItemShouldBeInGroup(const KibPeopleListItemPtr& item, const KibPeopleListGroup* group) const;
   bool _allowPeopleListItemInCurrentSearch(const KibPeopleListItemPtr& item) const;
 
@@ -262,6 +278,19 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   void rebuildFlatItems();
   void fileOfflineCopyOf(const KibPeopleListItemPtr& item);
   void forgetDeadObservedItems();
+
+  // Resorts that only note changed statuses (KibPeopleListResort.cpp).
+  bool canNoteResort();
+  void noteResort();
+  void fullResort();
+  // The state the displayed array now shows, recorded after a full resort.
+  void recordResortedState();
+  // Rebuilds the displayed array the noted resorts owe, as the last of them saw the list.
+  void settleOwedResort();
+  // Call before changing anything the displayed array derives from.
+  void willChangeDisplayedState();
+  void noteStatusWillChange(KibPeopleListItem& item);
+  platform::IMPersonStatus statusAtLastResort(const KibPeopleListItem& item) const;
 
   // Filing passes (addIMHandle, addPeopleFromArray) index their collections
   // for as long as the outermost pass runs; nothing else may use the indexes.
@@ -312,6 +341,23 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   bool _allowsGroupOrdering = false;  // kept; nothing reads it
   bool _pendingResort = false;
   std::int64_t _coalesceCount = 0;
+
+  // Noted resorts. The next resort rebuilds when anything but an item's own
+  // status changed since the last one.
+  bool _nextResortRebuilds = true;
+  // Noted resorts whose displayed array is not built yet.
+  bool _resortOwed = false;
+  // The last full resort was of a flat list, sorted fast.
+  bool _resortedFlatAndFast = false;
+  // Items noted in this journal keep sortCache().displayedStatus.
+  std::uint64_t _journal = 1;
+  std::uint64_t _resortNumber = 1;
+  std::size_t _shownCount = 0;
+  std::uint64_t _notedResorts = 0;
+  Items _changedSinceResort;
+  // Rows that came into view at the last noted resort; the next one takes their delegate.
+  Items _shownAtLastResort;
+  KibPeopleListSorter::EarlierState _resortedState;
 
   // Every item the list observes, so that teardown can stop observing items
   // that left its collections while someone else still holds them.

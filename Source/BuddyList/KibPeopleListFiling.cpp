@@ -94,6 +94,7 @@ KibBuddyListPresencePtr KibPeopleList::newPresenceForIMHandle(const platform::IM
 
 void KibPeopleList::addIMHandle(const platform::IMHandlePtr& handle) {
   if (!handle) return;
+  willChangeDisplayedState();
   FilingPass pass(*this);
   beginChanges();
   if (_arrangesByGroup) {
@@ -115,6 +116,7 @@ void KibPeopleList::addPeopleFromArray(const Handles& handles) { addPeopleFromAr
 
 void KibPeopleList::addPeopleFromArraySkipMe(const Handles& handles, bool skipMe) {
   if (handles.empty()) return;
+  willChangeDisplayedState();
   FilingPass pass(*this);
   beginChanges();
   for (const auto& handle : handles) {
@@ -240,6 +242,7 @@ void KibPeopleList::removeIMHandleFromGroup(const platform::IMHandlePtr& handle,
 void KibPeopleList::removeIMHandleFromGroups(const platform::IMHandlePtr& handle,
                                              const std::optional<GroupNames>& groupNames) {
   if (!handle) return;
+  willChangeDisplayedState();
   dropFilingIndexes();
   beginChanges();
   bool everyGroup = !groupNames || groupNames->empty();
@@ -263,6 +266,7 @@ void KibPeopleList::removeIMHandleFromGroups(const platform::IMHandlePtr& handle
 void KibPeopleList::removeAllIMHandles() { removeAllIMHandlesAndGroups(false); }
 
 void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
+  willChangeDisplayedState();
   dropFilingIndexes();
   beginChanges();
   for (const auto& item : _peopleListItems) _unobservePeopleListItem(item);
@@ -290,6 +294,7 @@ void KibPeopleList::repopulateIMHandle(const platform::IMHandlePtr& handle) {
 
 void KibPeopleList::_repopulateIMHandleFilterGroups(const platform::IMHandlePtr& handle, bool filterGroups) {
   if (!handle) return;
+  willChangeDisplayedState();
   dropFilingIndexes();
   beginChanges();
   Items orphans;
@@ -341,6 +346,7 @@ std::optional<std::string> KibPeopleList::groupForNewIMHandles() const {
 // Groups.
 
 void KibPeopleList::setGroups(const platform::ArrayPtr& groupNames) {
+  willChangeDisplayedState();
   if (!_arrangesByGroup)
     reportNotArrangingByGroup(this, "-[KibPeopleList setGroups:]", kSetGroupsLine,
                               "Can't set groups if not arranging by group");
@@ -374,6 +380,7 @@ void KibPeopleList::setGroups(const platform::ArrayPtr& groupNames) {
 }
 
 void KibPeopleList::addGroup(const std::optional<std::string>& name) {
+  willChangeDisplayedState();
   if (!name) return;
   if (!_arrangesByGroup)
     reportNotArrangingByGroup(this, "-[KibPeopleList addGroup:]", kAddGroupLine,
@@ -400,6 +407,7 @@ void KibPeopleList::removeGroup(const std::optional<std::string>& name) {
 }
 
 void KibPeopleList::_removeGroup(const std::string& name) {
+  willChangeDisplayedState();
   dropFilingIndexes();
   for (const auto& group : Groups(_peopleListGroups)) {
     if (group->name() != name) continue;
@@ -482,6 +490,7 @@ void KibPeopleList::_updateGroupPreferences() {
 
 void KibPeopleList::setUsesOfflineGroup(bool uses) {
   if (uses == _usesOfflineGroup) return;
+  willChangeDisplayedState();
   _usesOfflineGroup = uses;
   if (!uses || _offlineGroup) {
     if (_offlineGroup) _offlineGroup->removeAllItems();
@@ -495,6 +504,7 @@ void KibPeopleList::setUsesOfflineGroup(bool uses) {
 
 void KibPeopleList::setUsesAmbrelGroup(bool uses) {
   if (uses == _usesAmbrelGroup) return;
+  willChangeDisplayedState();
   beginChanges();
   _usesAmbrelGroup = uses;
   if (uses) {

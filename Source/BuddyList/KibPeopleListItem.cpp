@@ -159,6 +159,7 @@ void KibPeopleListItem::setDelegate(platform::Object* delegate) {
 void KibPeopleListItem::setBuddyListPresence(const KibBuddyListPresencePtr& presence) {
   if (presence == _presence) return;
   KibBuddyListPresencePtr incoming = presence;
+  informObserversOfWillChange();
   // The new presence, not the old one: the old presence is never unobserved here.
   _unobservePresence(incoming);
   _presence = incoming;
@@ -249,6 +250,14 @@ void KibPeopleListItem::objectDidPostDirectNotification(const platform::Notifica
   performSelector(selectors().at(static_cast<std::size_t>(found - names.begin())), notification);
 }
 
+void KibPeopleListItem::objectWillChange(platform::IMDirectlyObservableObject&) { informObserversOfWillChange(); }
+
+void KibPeopleListItem::willChangeOwnStatus() {
+  _changingOnlyItsStatus = true;
+  informObserversOfWillChange();
+  _changingOnlyItsStatus = false;
+}
+
 void KibPeopleListItem::_presenceCapabilitiesChanged(const ObjectPtr& notification) {
   _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
 }
@@ -295,6 +304,7 @@ bool KibPeopleListItem::_updateCurrentStatus() {
   if (!imHandle()) return false;
   auto status = _presence->status();
   if (status == _currentStatus) return false;
+  willChangeOwnStatus();
   _previousStatus = _currentStatus;
   _currentStatus = status;
   return true;
@@ -352,6 +362,7 @@ void KibPeopleListItem::_startAnimationPusling(bool statusTransition) {
     platform::AssertionHandler::current().handleFailureInMethod(
         "-[KibPeopleListItem _startAnimationPusling:]", this, kSourceFile, __LINE__,
         "Can't ask -_startStatusTransition for a group item!");
+  willChangeOwnStatus();
   _inTransition = true;
   _currentTransitionTime = statusTransition ? kStatusTransitionTime : kPulseTransitionTime;
   auto& loop = platform::RunLoop::main();
@@ -377,6 +388,7 @@ void KibPeopleListItem::startPulse() {
 void KibPeopleListItem::stopTransition() {
   // Cancels the offline-transition perform by name, deliberately not stopTransition.
   platform::RunLoop::main().cancelPreviousPerformRequests(this, "_finishOfflineTransition");
+  willChangeOwnStatus();
   _inTransition = false;
   _postNotificationNamedUserInfo(kKibPeopleListItemAnimationStateChangedNotification, nullptr);
   _postNotificationNamedUserInfo(kKibPeopleListItemNeedsSortingNotification, nullptr);

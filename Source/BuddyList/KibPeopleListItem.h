@@ -121,6 +121,11 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   static bool isRegistered(const KibPeopleListItem* item);
 
   void objectDidPostDirectNotification(const platform::NotificationPtr& notification) override;
+  // The presence about to change: the item's observers are told in turn.
+  void objectWillChange(platform::IMDirectlyObservableObject& presence) override;
+  // True while the item tells its observers that only its own status and
+  // transition (effectiveStatus) are about to change, nothing of its presence.
+  bool isChangingOnlyItsStatus() const { return _changingOnlyItsStatus; }
 
   std::string className() const override { return "KibPeopleListItem"; }
   std::string description() const override;
@@ -160,6 +165,8 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   void _postNotificationNamedUserInfo(const std::string& name, const platform::DictionaryPtr& userInfo);
 
  private:
+  // Tells the observers that effectiveStatus may be about to change.
+  void willChangeOwnStatus();
   // The delayed stopTransition arrives here.
   void stopTransitionPerformed(const platform::ObjectPtr& argument);
   std::int32_t currentMinutesIdle() const;
@@ -178,6 +185,7 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   std::int32_t _minutesIdle = 0;
   bool _inTransition = false;
   bool _isGroup = false;
+  bool _changingOnlyItsStatus = false;
   mutable KibItemSortCache _sortCache;
   mutable KibItemSearchCache _searchCache;
 };

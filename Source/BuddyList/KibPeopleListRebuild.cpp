@@ -205,11 +205,14 @@ void KibPeopleList::fileOfflineCopyOf(const KibPeopleListItemPtr& item) {
 
 bool KibPeopleList::_peopleListItemShouldBeShownInGroup(const KibPeopleListItemPtr& item,
                                                         const KibPeopleListGroup* group) const {
+  return shownWithStatusInGroup(item->effectiveStatus(), group);
+}
+
+bool KibPeopleList::shownWithStatusInGroup(platform::IMPersonStatus status, const KibPeopleListGroup* group) const {
   if (!group && _arrangesByGroup) return false;
   // Search mode bypasses every filter, collapsed groups included.
   if (_inSearchMode) return true;
   if (group && !group->isExpanded()) return false;
-  auto status = item->effectiveStatus();
   if (status == platform::kIMPersonStatusOffline && _hideOfflinePeople) return false;
   if (status == platform::kIMPersonStatusAway && _hideAwayPeople) return false;
   if (status == platform::kIMPersonStatusIdle && _hideIdlePeople) return false;
@@ -279,6 +282,7 @@ const std::vector<std::optional<std::string>>& KibPeopleList::foldedSearchTerms(
 
 void KibPeopleList::setSearchString(const platform::StringPtr& searchString) {
   if (searchString == _searchString) return;
+  willChangeDisplayedState();
   _searchString = searchString;
   if (!searchString || TextServices::trimWhitespace(searchString->value()).empty())
     endSearchMode();
@@ -287,7 +291,9 @@ void KibPeopleList::setSearchString(const platform::StringPtr& searchString) {
 }
 
 void KibPeopleList::endSearchMode() {
-  if (_inSearchMode) _inSearchMode = false;
+  if (!_inSearchMode) return;
+  willChangeDisplayedState();
+  _inSearchMode = false;
 }
 
 }  // namespace kib

@@ -40,16 +40,16 @@ void KibPeopleListSorter::referenceSort(Items& items, const KibSortParameters& p
   });
 }
 
-bool KibPeopleListSorter::canCompareFast(const Items& items, const KibSortParameters& parameters) {
+bool KibPeopleListSorter::canCompareFast(const Items& items, const KibSortParameters& parameters, bool quiet) {
   // The group comparison logs; keep its lines as many as they always were.
-  if (!isListOrder(parameters) || platform::IMWillLog(kKibPeopleListLogCategory)) return false;
+  if (!isListOrder(parameters) || (!quiet && platform::IMWillLog(kKibPeopleListLogCategory))) return false;
   // A person without a handle compares asymmetrically; leave that to the comparator.
   return std::all_of(items.begin(), items.end(),
                      [](const auto& item) { return item && (item->isGroup() || handleOf(*item)); });
 }
 
 void KibPeopleListSorter::sort(Items& items, const Items& previous, const KibSortParameters& parameters) {
-  if (!canCompareFast(items, parameters)) {
+  if (!canCompareFast(items, parameters, false)) {
     referenceSort(items, parameters);
     _lastWasStrict = false;
     _lastMethod = Method::Reference;
@@ -59,6 +59,26 @@ void KibPeopleListSorter::sort(Items& items, const Items& previous, const KibSor
   // The language and the name style are read once per sort; the handles' keys follow them.
   _collationGeneration = platform::TextServices::refreshCollationLanguage();
   _nameStyle = platform::IMHandleRegistrar::sharedInstance()->nameStyle();
+  sortFast(items, previous);
+}
+
+void KibPeopleListSorter::sortAsEarlier(Items& items, const Items& previous, const KibSortParameters& parameters,
+                                        const EarlierState& earlier) {
+  if (!canCompareFast(items, parameters, true)) {
+    referenceSort(items, parameters);
+    _lastWasStrict = false;
+    _lastMethod = Method::Reference;
+    return;
+  }
+  _parameters = parameters;
+  _collationGeneration = earlier.collationGeneration;
+  _nameStyle = earlier.nameStyle;
+  _earlier = &earlier;
+  sortFast(items, previous);
+  _earlier = nullptr;
+}
+
+void KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
   _groupOrder.clear();
   const std::uint64_t lastSort = _sortNumber++;
 
@@ -96,7 +116,7 @@ KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItem
   if (entry.isGroup) return entry;
   const platform::IMHandle* handle = handleOf(*item);
   entry.handle = handle;
-  entry.rank = platform::IMPersonStatusAvailabilityRank(item->effectiveStatus());
+  entry.rank = platform::IMPersonStatusAvailabilityRank(_earlier ? _earlier->statusOf(*item) : item->effectiveStatus());
   const auto& keys = handle->nameSortKeys(_collationGeneration, _nameStyle);
   entry.first = &keys.first;
   entry.last = &keys.last;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <tuple>
@@ -30,15 +31,29 @@ class KibPeopleListSorter {
 
   enum class Method { None, Reference, Full, Incremental };
 
+  // A sort of the list as it stood at an earlier moment: the language and
+  // name style read then, each item's status then, and no logging.
+  struct EarlierState {
+    std::uint64_t collationGeneration = 0;
+    std::uint32_t nameStyle = 0;
+    std::function<platform::IMPersonStatus(const KibPeopleListItem&)> statusOf;
+  };
+
   // items: the rebuilt array, in rebuild order; previous: the array this
   // sorter answered last time (rows may have been taken out of it since).
   void sort(Items& items, const Items& previous, const KibSortParameters& parameters);
+  // The same for a state the list recorded earlier; it must have sorted fast then.
+  void sortAsEarlier(Items& items, const Items& previous, const KibSortParameters& parameters,
+                     const EarlierState& earlier);
 
   // The item comparator under std::stable_sort, as the list always sorted.
   static void referenceSort(Items& items, const KibSortParameters& parameters);
 
   // How the last sort was done (for tests).
   Method lastMethod() const { return _lastMethod; }
+  // The language generation and name style the last fast sort read.
+  std::uint64_t collationGeneration() const { return _collationGeneration; }
+  std::uint32_t nameStyle() const { return _nameStyle; }
 
  private:
   struct Entry {
@@ -53,7 +68,8 @@ class KibPeopleListSorter {
   };
 
   // Whether the fast comparison gives the item comparator's answers here.
-  static bool canCompareFast(const Items& items, const KibSortParameters& parameters);
+  static bool canCompareFast(const Items& items, const KibSortParameters& parameters, bool quiet);
+  void sortFast(Items& items, const Items& previous);
   Entry entryFor(const KibPeopleListItemPtr& item, std::uint32_t index, bool* keysChanged);
   std::int64_t compare(const Entry& a, const Entry& b);
   std::int64_t compareAcrossGroups(const Entry& a, const Entry& b);
@@ -62,6 +78,7 @@ class KibPeopleListSorter {
   void notePlaced(const std::vector<Entry>& entries);
 
   KibSortParameters _parameters;
+  const EarlierState* _earlier = nullptr;
   std::uint64_t _collationGeneration = 0;
   std::uint32_t _nameStyle = 0;
   // Kept between sorts so that their memory is reused.

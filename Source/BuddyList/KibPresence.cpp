@@ -74,6 +74,7 @@ bool KibPresence::canAddIMHandle(const IMHandlePtr&) const { return true; }
 bool KibPresence::addIMHandle(const IMHandlePtr& handle) {
   if (!handle || !canAddIMHandle(handle)) return false;
   if (containsIMHandle(handle.get())) return true;
+  informObserversOfWillChange();
   _imHandles.push_back(handle);
   _imHandlesSet.insert(handle);
   _observeIMHandle(handle);
@@ -85,6 +86,7 @@ void KibPresence::removeIMHandle(const IMHandlePtr& handle) {
   if (!containsIMHandle(handle.get())) return;
   // The argument may be an element of _imHandles itself.
   IMHandlePtr held = handle;
+  informObserversOfWillChange();
   _unobserveIMHandle(held);
   _imHandlesSet.erase(held);
   _imHandles.erase(std::remove(_imHandles.begin(), _imHandles.end(), held), _imHandles.end());
@@ -141,6 +143,10 @@ void KibPresence::objectDidPostDirectNotification(const platform::NotificationPt
   // The handlers may make the observers let go of the presence.
   auto keepAlive = weak_from_this().lock();
   performSelector(selectors().at(index), notification);
+}
+
+void KibPresence::objectWillChange(platform::IMDirectlyObservableObject&) {
+  if (!_quiet) informObserversOfWillChange();
 }
 
 void KibPresence::postForNotifyingHandle(const std::string& name, const ObjectPtr& notification) {

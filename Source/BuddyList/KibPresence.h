@@ -92,6 +92,8 @@ class KibPresence : public platform::IMDirectlyObservableObject,
 
   // Handle notifications arrive here and go to the handler paired with their name.
   void objectDidPostDirectNotification(const platform::NotificationPtr& notification) override;
+  // A handle about to change may change what the presence answers: passed on.
+  void objectWillChange(platform::IMDirectlyObservableObject& handle) override;
 
   std::string className() const override { return "KibPresence"; }
   std::string description() const override;

@@ -26,6 +26,11 @@ void IMDirectlyObservableObject::informObserversOfNotification(const Notificatio
     if (hasObserver(observer)) observer->objectDidPostDirectNotification(notification);
 }
 
+void IMDirectlyObservableObject::informObserversOfWillChange() {
+  // Observers only take note here; none of them joins or leaves.
+  for (std::size_t index = 0; index < observers_.size(); ++index) observers_[index]->objectWillChange(*this);
+}
+
 void IMDirectlyObservableObject::postDirectNotification(const std::string& name, DictionaryPtr userInfo) {
   if (observers_.empty()) return;
   informObserversOfNotification(Notification::make(name, weak_from_this().lock(), std::move(userInfo)));

@@ -28,6 +28,8 @@ class IMDirectlyObservableObject : public Object {
   void informObserversOfNotification(const NotificationPtr& notification);
   // Builds a notification with the receiver as object and delivers it.
   void postDirectNotification(const std::string& name, DictionaryPtr userInfo = nullptr);
+  // Tells every observer, in order, that the receiver is about to change.
+  void informObserversOfWillChange();
 
   std::string className() const override { return "IMDirectlyObservableObject"; }
 

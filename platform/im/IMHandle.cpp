@@ -173,24 +173,29 @@ IMHandlePtr IMHandle::bestIMHandleInArray(const std::vector<IMHandlePtr>& handle
 
 void IMHandle::updateStatus(IMPersonStatus status, std::string message, std::optional<double> idleSeconds) {
   bool changed = false;
+  // Observers hear of the change once, before anything moves.
+  auto willChange = [this, &changed] {
+    if (!changed) informObserversOfWillChange();
+    changed = true;
+  };
   if (status != status_) {
+    willChange();
     bool wasOnline = IMPersonStatusIsOnline(status_);
     status_ = status;
     statusChangedAt_ = now();
     if (wasOnline && !IMPersonStatusIsOnline(status)) wentOfflineAt_ = statusChangedAt_;
     if (status != kIMPersonStatusIdle) idleSince_.reset();
-    changed = true;
   }
   if (message != statusMessage_) {
+    willChange();
     previousStatusMessage_ = std::move(statusMessage_);
     statusMessage_ = std::move(message);
-    changed = true;
   }
   if (idleSeconds && status_ == kIMPersonStatusIdle) {
     double since = now() - std::max(0.0, *idleSeconds);
     if (!idleSince_ || std::fabs(*idleSince_ - since) > 1e-9) {
+      willChange();
       idleSince_ = since;
-      changed = true;
     }
   } else if (status_ == kIMPersonStatusIdle && !idleSince_) {
     idleSince_ = now();
@@ -206,18 +211,21 @@ void IMHandle::setIdleTime(double seconds) { updateStatus(status_, statusMessage
 
 void IMHandle::setStatusURL(std::string url) {
   if (url == statusURL_) return;
+  informObserversOfWillChange();
   statusURL_ = std::move(url);
   postDirectNotification(IMHandleExtraPropertiesChangedNotification);
 }
 
 void IMHandle::setMobileDeviceName(std::string deviceName) {
   if (deviceName == mobileDeviceName_) return;
+  informObserversOfWillChange();
   mobileDeviceName_ = std::move(deviceName);
   postDirectNotification(IMHandleIsMobileChangedNotification);
 }
 
 void IMHandle::setPerson(IMPersonPtr person) {
   if (person == person_) return;
+  informObserversOfWillChange();
   if (person_) person_->detachHandle(this);
   person_ = std::move(person);
   if (person_) person_->attachHandle(std::static_pointer_cast<IMHandle>(shared_from_this()));
@@ -226,18 +234,21 @@ void IMHandle::setPerson(IMPersonPtr person) {
 
 void IMHandle::setNickname(std::string nickname) {
   if (nickname == nickname_) return;
+  informObserversOfWillChange();
   nickname_ = std::move(nickname);
   postInfoChanged();
 }
 
 void IMHandle::setEmails(std::vector<std::string> emails) {
   if (emails == emails_) return;
+  informObserversOfWillChange();
   emails_ = std::move(emails);
   postInfoChanged();
 }
 
 void IMHandle::setOtherServiceIDs(std::map<std::string, std::string> ids) {
   if (ids == otherServiceIDs_) return;
+  informObserversOfWillChange();
   otherServiceIDs_ = std::move(ids);
   ++nameRevision_;
   postDirectNotification(IMHandleExtraPropertiesChangedNotification);
@@ -245,18 +256,21 @@ void IMHandle::setOtherServiceIDs(std::map<std::string, std::string> ids) {
 
 void IMHandle::setAuthRequestStatus(std::uint32_t status) {
   if (status == authRequestStatus_) return;
+  informObserversOfWillChange();
   authRequestStatus_ = status;
   postDirectNotification(IMHandleExtraPropertiesChangedNotification);
 }
 
 void IMHandle::setBlocked(bool blocked) {
   if (blocked == isBlocked_) return;
+  informObserversOfWillChange();
   isBlocked_ = blocked;
   postDirectNotification(IMHandleExtraPropertiesChangedNotification);
 }
 
 void IMHandle::setCapabilities(bool audio, bool video, bool conferenceAvailable) {
   if (audio == hasAudio_ && video == hasVideo_ && conferenceAvailable == isConferenceAvailable_) return;
+  informObserversOfWillChange();
   hasAudio_ = audio;
   hasVideo_ = video;
   isConferenceAvailable_ = conferenceAvailable;
@@ -273,6 +287,7 @@ void IMHandle::setGroups(std::vector<std::string> groups, std::map<std::string, 
     orders[unique[i]] = given != sortOrders.end() ? given->second : static_cast<std::uint32_t>(i);
   }
   if (unique == groups_ && orders == sortOrders_) return;
+  informObserversOfWillChange();
   groups_ = std::move(unique);
   sortOrders_ = std::move(orders);
   postDirectNotification(IMHandleGroupsChangedNotification);
@@ -281,6 +296,7 @@ void IMHandle::setGroups(std::vector<std::string> groups, std::map<std::string, 
 void IMHandle::setSortOrderInGroup(const std::string& group, std::uint32_t order) {
   auto found = sortOrders_.find(group);
   if (found == sortOrders_.end() || found->second == order) return;
+  informObserversOfWillChange();
   found->second = order;
   postDirectNotification(IMHandleSortOrderChangedNotification);
 }

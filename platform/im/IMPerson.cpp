@@ -44,18 +44,21 @@ std::vector<IMHandlePtr> IMPerson::imHandles() const {
 
 void IMPerson::setFirstName(std::string firstName) {
   if (firstName == firstName_) return;
+  tellHandlesWillChange();
   firstName_ = std::move(firstName);
   tellHandlesInfoChanged();
 }
 
 void IMPerson::setLastName(std::string lastName) {
   if (lastName == lastName_) return;
+  tellHandlesWillChange();
   lastName_ = std::move(lastName);
   tellHandlesInfoChanged();
 }
 
 void IMPerson::setEmails(std::vector<std::string> emails) {
   if (emails == emails_) return;
+  tellHandlesWillChange();
   emails_ = std::move(emails);
   tellHandlesInfoChanged();
 }
@@ -72,6 +75,10 @@ void IMPerson::detachHandle(const IMHandle* handle) {
                                   return !held || held.get() == handle;
                                 }),
                  handles_.end());
+}
+
+void IMPerson::tellHandlesWillChange() {
+  for (const auto& handle : imHandles()) handle->informObserversOfWillChange();
 }
 
 void IMPerson::tellHandlesInfoChanged() {

@@ -47,6 +47,7 @@ class IMPerson final : public Object {
   friend class IMHandle;
   void attachHandle(const IMHandlePtr& handle);
   void detachHandle(const IMHandle* handle);
+  void tellHandlesWillChange();
   void tellHandlesInfoChanged();
 
   std::string uniqueID_;

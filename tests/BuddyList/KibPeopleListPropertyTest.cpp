@@ -1,8 +1,10 @@
 // The people list's fast paths (filing index, kept collation keys, incremental
-// placement, kept search texts) against the straightforward algorithms: two
-// lists over one random world go through the same random changes, one of them
-// with setUsesReferenceAlgorithms, and must show the same rows and post the
-// same number of updates after every step.
+// placement, kept search texts, resorts that only note statuses) against the
+// straightforward algorithms: two lists over one random world go through the
+// same random changes, one of them with setUsesReferenceAlgorithms, and must
+// post the same number of updates after every step and show the same rows,
+// with the same delegates, whenever they are looked at (not after every step,
+// so that noted resorts pile up between looks).
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -37,6 +39,19 @@ const std::vector<std::string> kSearches{"an", "ann lee", "bo  ", "é", "zz", "l
 
 class KibPeopleListPropertyTest : public BuddyListTest {
  protected:
+  // Looks at the rows of a list in the middle of an item's change: when the
+  // list passes on every third animation-state notification, which an item
+  // posts after its status moved and before it asks for a resort.
+  struct MidChangeLook : platform::IMDirectlyObservableObjectObserver {
+    const kib::KibPeopleList* list = nullptr;
+    int animations = 0;
+    std::vector<std::vector<std::string>> seen;
+    void objectDidPostDirectNotification(const platform::NotificationPtr& note) override {
+      if (note->name() == kib::kKibPeopleListItemAnimationStateChangedNotification && ++animations % 3 == 0)
+        seen.push_back(rows(*list));
+    }
+  };
+
   struct Config {
     bool grouped;
     bool offlineGroup;
@@ -113,9 +128,21 @@ class KibPeopleListPropertyTest : public BuddyListTest {
     change(*reference);
   }
 
+  // The items of the list that hold the handle, in either arrangement.
+  static kib::KibPeopleList::Items itemsHolding(const kib::KibPeopleList& list, const IMHandlePtr& handle) {
+    kib::KibPeopleList::Items found;
+    auto collect = [&](const kib::KibPeopleList::Items& items) {
+      for (const auto& item : items)
+        if (item->buddyListPresence() && item->buddyListPresence()->containsIMHandle(handle)) found.push_back(item);
+    };
+    collect(list.peopleListItems());
+    for (const auto& group : list.peopleListGroups()) collect(group->members());
+    return found;
+  }
+
   // One random step; its name, for the failure message.
   std::string step() {
-    switch (random() % 13) {
+    switch (random() % 15) {
       case 0:
       case 1:
       case 2: {
@@ -177,6 +204,13 @@ class KibPeopleListPropertyTest : public BuddyListTest {
         onBoth([](kib::KibPeopleList& list) { list.resort(); });
         return "person of " + handle->ID();
       }
+      case 12: {
+        auto handle = anyHandle();
+        onBoth([&](kib::KibPeopleList& list) {
+          for (const auto& item : itemsHolding(list, handle)) item->startPulse();
+        });
+        return "pulse " + handle->ID();
+      }
       default:
         advance(0.5 * static_cast<double>(1 + random() % 6));  // transitions end
         return "time";
@@ -197,19 +231,39 @@ class KibPeopleListPropertyTest : public BuddyListTest {
     return result;
   }
 
+  // Which flat items have a delegate (a rebuild takes it from the rows it replaces).
+  static std::vector<bool> delegates(const kib::KibPeopleList& list) {
+    std::vector<bool> result;
+    for (const auto& item : list.peopleListItems()) result.push_back(item->delegate() != nullptr);
+    return result;
+  }
+
   void run(unsigned seed, const Config& config, std::size_t worldSize, int steps) {
     random.seed(seed);
     fast = makeList(config, false);
     reference = makeList(config, true);
     fastUpdates = referenceUpdates = 0;
+    MidChangeLook fastLook, referenceLook;
+    fastLook.list = fast.get();
+    referenceLook.list = reference.get();
+    fast->addObserver(&fastLook);
+    reference->addObserver(&referenceLook);
     for (std::size_t i = 0; i < worldSize; ++i) newHandle();
     onBoth([&](kib::KibPeopleList& list) { list.addPeopleFromArraySkipMe(handles, false); });
+    std::string since;
     for (int i = 0; i < steps; ++i) {
-      std::string what = step();
-      ASSERT_EQ(rows(*fast), rows(*reference)) << "seed " << seed << ", step " << i << ": " << what;
-      ASSERT_EQ(fastUpdates, referenceUpdates) << "seed " << seed << ", step " << i << ": " << what;
+      since += step() + "; ";
+      ASSERT_EQ(fastUpdates, referenceUpdates) << "seed " << seed << ", step " << i << ": " << since;
+      ASSERT_EQ(delegates(*fast), delegates(*reference)) << "seed " << seed << ", step " << i << ": " << since;
+      ASSERT_EQ(fastLook.seen, referenceLook.seen) << "seed " << seed << ", step " << i << ": " << since;
+      if (random() % 3 != 0) continue;
+      ASSERT_EQ(rows(*fast), rows(*reference)) << "seed " << seed << ", step " << i << ": " << since;
       ++methods[fast->lastSortMethod()];
+      since.clear();
     }
+    notedResorts += fast->numberOfNotedResorts();
+    fast->removeObserver(&fastLook);
+    reference->removeObserver(&referenceLook);
   }
 
   std::mt19937 random;
@@ -218,6 +272,7 @@ class KibPeopleListPropertyTest : public BuddyListTest {
   kib::KibPeopleListPtr fast, reference;
   int fastUpdates = 0, referenceUpdates = 0;
   std::map<kib::KibPeopleListSorter::Method, int> methods;
+  std::uint64_t notedResorts = 0;
 };
 
 TEST_F(KibPeopleListPropertyTest, FastPathsShowWhatTheStraightforwardAlgorithmsShow) {
@@ -233,7 +288,7 @@ TEST_F(KibPeopleListPropertyTest, FastPathsShowWhatTheStraightforwardAlgorithmsS
     for (int world = 0; world < 4; ++world) {
       SCOPED_TRACE(platform::format("grouped %d offline %d substitution %d menu %d", config.grouped,
                                     config.offlineGroup, config.substitution, config.menu));
-      run(seed++, config, 5 + static_cast<std::size_t>(world) * 12, 120);
+      run(seed++, config, 5 + static_cast<std::size_t>(world) * 12, 200);
       if (HasFatalFailure()) return;
       fast.reset();
       reference.reset();
@@ -243,6 +298,53 @@ TEST_F(KibPeopleListPropertyTest, FastPathsShowWhatTheStraightforwardAlgorithmsS
   // The fast paths were taken, not only the fallbacks.
   EXPECT_GT(methods[kib::KibPeopleListSorter::Method::Incremental], 50);
   EXPECT_GT(methods[kib::KibPeopleListSorter::Method::Full], 50);
+  EXPECT_GT(notedResorts, 100u);
+}
+
+TEST_F(KibPeopleListPropertyTest, TransitionsEndingTogetherPostWhileRowsAreShown) {
+  // The menu's list: the last of three fading rows to go leaves nothing shown,
+  // and that resort posts nothing, noted or not.
+  random.seed(7);
+  fast = makeList({false, false, true, true}, false);
+  reference = makeList({false, false, true, true}, true);
+  for (int i = 0; i < 3; ++i) {
+    auto person = platform::IMPerson::make(platform::format("p%d", i), kFirstNames[i], "Lee");
+    handles.push_back(platform::IMHandle::make(aimAccount, platform::format("fader%d", i), person));
+    handles.back()->updateStatus(platform::kIMPersonStatusAvailable, "");
+  }
+  onBoth([&](kib::KibPeopleList& list) { list.addPeopleFromArraySkipMe(handles, false); });
+  for (const auto& handle : handles) handle->updateStatus(platform::kIMPersonStatusOffline, "");
+  for (const auto* list : {fast.get(), reference.get()}) EXPECT_EQ(rows(*list).size(), 3u);
+  fastUpdates = referenceUpdates = 0;
+  advance(2.5);
+  EXPECT_EQ(referenceUpdates, 2);
+  EXPECT_EQ(fastUpdates, referenceUpdates);
+  // The first end rebuilds: the last handle went offline after the last resort.
+  EXPECT_EQ(fast->numberOfNotedResorts(), 2u);
+  EXPECT_TRUE(rows(*fast).empty());
+
+  // Two come back: rows are shown again, and the ends of their transitions post.
+  for (int i = 0; i < 2; ++i) handles[i]->updateStatus(platform::kIMPersonStatusAvailable, "");
+  fastUpdates = referenceUpdates = 0;
+  advance(2.5);
+  EXPECT_EQ(referenceUpdates, 2);
+  EXPECT_EQ(fastUpdates, referenceUpdates);
+  EXPECT_EQ(rows(*fast), rows(*reference));
+  EXPECT_EQ(rows(*fast).size(), 2u);
+
+  // Shown by the end of a fade: with away people hidden and offline ones
+  // shown, a person fading from away to offline appears only when it ends.
+  onBoth([](kib::KibPeopleList& list) { list.setShowsOfflinePeople(true); });
+  for (const auto& handle : handles) handle->updateStatus(platform::kIMPersonStatusAway, "");
+  advance(2.5);
+  handles[0]->updateStatus(platform::kIMPersonStatusOffline, "");
+  onBoth([](kib::KibPeopleList& list) { list.refreshList(); });
+  EXPECT_TRUE(rows(*fast).empty());
+  fastUpdates = referenceUpdates = 0;
+  advance(2.5);
+  EXPECT_EQ(referenceUpdates, 1);
+  EXPECT_EQ(fastUpdates, referenceUpdates);
+  EXPECT_EQ(rows(*fast).size(), 1u);
 }
 
 }  // namespace
