@@ -87,9 +87,9 @@ for name, what in (("BM_StatusChange/10000/0/", "one status change to update, 10
                    ("BM_StatusChange/10000/1/", "the same, menu configuration")):
     b = row(name)
     add(what, f"{b['cpu_ms']:.3f} ms", "<= 1 ms", f"{b['ratio']:.3f}", b["cpu_ms"] <= 1)
-b = row("BM_TransitionBurst"); full = row("BM_Refill/10000/0/")
-add("1,000 transitions ending at one instant (1,000 updates)", f"{b['cpu_ms']:.0f} ms",
-    "<= one resort (a refill)", f"{b['ratio']:.1f}", b["cpu_ms"] <= full["cpu_ms"])
+b = row("BM_TransitionBurst")
+add("1,000 transitions ending at one instant (1,000 updates), then a read", f"{b['cpu_ms']:.2f} ms",
+    "<= one sort of the rows", f"{b['ratio']:.2f}", b["ratio"] <= 1)
 b = row("BM_Search")
 add("two-word search, 10,000 handles", f"{b['cpu_ms']:.2f} ms", "<= 10 ms", f"{b['ratio']:.2f}", b["cpu_ms"] <= 10)
 for people in (5000, 50000):
@@ -103,7 +103,7 @@ add("the menu with 5,000 available people", f"{b['cpu_ms']:.2f} ms", "<= 10 ms",
 idle = open(os.path.join(out, "idle.txt")).read().strip()
 add("idle terminal program: wake-ups a second", idle or "not measured", "<= 1", "-", idle != "" and int(idle) <= 1)
 b = row("BM_BannerFrames")
-add("banner reveal frame / scroll tick (view and drawing)", f"{b['reveal_frame_us']:.1f} / {b['scroll_tick_us']:.1f} us",
+add("banner reveal frame / scroll tick (view, drawing, terminal cells)", f"{b['reveal_frame_us']:.1f} / {b['scroll_tick_us']:.1f} us",
     "<= 50 us", f"{b['ratio']:.4f}", max(b["reveal_frame_us"], b["scroll_tick_us"]) <= 50)
 b = row("BM_MemoryPerHandle")
 add("memory per handle, 100,000 handles", f"{b['KiB_per_handle']:.2f} KiB (list {b['list_KiB_per_handle']:.2f}, world {b['world_KiB_per_handle']:.2f})",
