@@ -45,6 +45,10 @@ TEST_F(IMHandleTest, EachSetterPostsItsHandleNotificationOnlyWhenSomethingChange
   auto person = IMPerson::make("p1", "Ada", "Lovelace");
   auto handle = IMHandle::make(home, "ada", person);
   RecordingObserver observer;
+  observer.recordsWillChange = true;
+  // Observers hear of a change before it happens.
+  std::vector<IMPersonStatus> statusesBefore;
+  observer.onWillChange = [&](IMDirectlyObservableObject&) { statusesBefore.push_back(handle->status()); };
   handle->addObserver(&observer);
 
   handle->setCapabilities(true, false, true);
@@ -58,15 +62,23 @@ TEST_F(IMHandleTest, EachSetterPostsItsHandleNotificationOnlyWhenSomethingChange
   handle->setMobileDeviceName("Phone");
   handle->setSortOrderInGroup("Work", 7);
   handle->setSortOrderInGroup("Missing", 7);  // not in that group: nothing
-  handle->setStatusMessage("Counting");
+  handle->updateStatus(kIMPersonStatusAway, "Counting");  // two changes, told once
   handle->setAuthRequestStatus(kIMAuthRequestPending);
+  person->setFirstName("Augusta");
 
+  const std::string will = RecordingObserver::kWillChange;
   EXPECT_EQ(observer.names,
-            (std::vector<std::string>{IMHandleCapabilitiesChangedNotification, IMHandleStatusChangedNotification,
-                                      IMHandlePictureChangedNotification, IMHandleInfoChangedNotification,
-                                      IMHandleGroupsChangedNotification, IMHandleExtraPropertiesChangedNotification,
-                                      IMHandleIsMobileChangedNotification, IMHandleSortOrderChangedNotification,
-                                      IMHandleStatusChangedNotification, IMHandleExtraPropertiesChangedNotification}));
+            (std::vector<std::string>{will, IMHandleCapabilitiesChangedNotification, will,
+                                      IMHandleStatusChangedNotification, IMHandlePictureChangedNotification, will,
+                                      IMHandleInfoChangedNotification, will, IMHandleGroupsChangedNotification, will,
+                                      IMHandleExtraPropertiesChangedNotification, will,
+                                      IMHandleIsMobileChangedNotification, will, IMHandleSortOrderChangedNotification,
+                                      will, IMHandleStatusChangedNotification, will,
+                                      IMHandleExtraPropertiesChangedNotification, will,
+                                      IMHandleInfoChangedNotification}));
+  ASSERT_EQ(statusesBefore.size(), 10u);
+  EXPECT_EQ(statusesBefore[1], kIMPersonStatusOffline);
+  EXPECT_EQ(statusesBefore[7], kIMPersonStatusAvailable);
   for (const auto& object : observer.objects) EXPECT_EQ(object.get(), handle.get());
 }
 

@@ -16,6 +16,13 @@ class RecordingObserver : public platform::IMDirectlyObservableObjectObserver {
     objects.push_back(notification->object());
     if (onNotification) onNotification(notification);
   }
+  void objectWillChange(platform::IMDirectlyObservableObject& object) override {
+    if (recordsWillChange) names.push_back(kWillChange);
+    if (onWillChange) onWillChange(object);
+  }
+  static constexpr const char* kWillChange = "(will change)";
+  bool recordsWillChange = false;
+  std::function<void(platform::IMDirectlyObservableObject&)> onWillChange;
   std::vector<std::string> names;
   std::vector<platform::ObjectPtr> objects;
   std::function<void(const platform::NotificationPtr&)> onNotification;
