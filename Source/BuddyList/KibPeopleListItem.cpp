@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <unordered_set>
 
 #include "Source/BuddyList/KibNotifications.h"
 #include "Source/BuddyList/KibPeopleListGroup.h"
@@ -29,13 +28,10 @@ constexpr double kStatusTransitionTime = 2.0;
 constexpr double kPulseTransitionTime = 4.0;
 constexpr double kNeverChanged = 99999.0;
 
-// The live person items; they hold themselves in and take themselves out.
-std::unordered_set<KibPeopleListItem*>& registry() {
-  static std::unordered_set<KibPeopleListItem*>* items = [] {
-    auto* set = new std::unordered_set<KibPeopleListItem*>;
-    set->reserve(512);
-    return set;
-  }();
+// The live person items; they hold themselves in and take themselves out. A
+// flat array with each item's slot kept in the item: no node per item.
+std::vector<KibPeopleListItem*>& registry() {
+  static auto* items = new std::vector<KibPeopleListItem*>;
   return *items;
 }
 
@@ -102,16 +98,21 @@ KibPeopleListItemPtr KibPeopleListItem::initAsGroup(KibPeopleListGroup* group) {
 
 void KibPeopleListItem::initialiseWithBuddyListPresenceInGroup(const KibBuddyListPresencePtr& presence,
                                                                KibPeopleListGroup* group) {
-  platform::assertParameter(presence != nullptr, "presence != nil", "-[KibPeopleListItem initWithBuddyListPresence:inGroup:]",
-                            this, kSourceFile, __LINE__);
+  // Checked first: the report's texts are built only for a failure.
+  if (!presence)
+    platform::assertParameter(false, "presence != nil", "-[KibPeopleListItem initWithBuddyListPresence:inGroup:]", this,
+                              kSourceFile, __LINE__);
   setBuddyListPresence(presence);
   setPeopleListGroup(group);
-  registry().insert(this);
+  if (_registrySlot == kNotRegistered) {
+    _registrySlot = registry().size();
+    registry().push_back(this);
+  }
 }
 
 void KibPeopleListItem::initialiseAsGroup(KibPeopleListGroup* group) {
-  platform::assertParameter(group != nullptr, "group != nil", "-[KibPeopleListItem initAsGroup:]", this,
-                            kSourceFile, __LINE__);
+  if (!group)
+    platform::assertParameter(false, "group != nil", "-[KibPeopleListItem initAsGroup:]", this, kSourceFile, __LINE__);
   _isGroup = true;
   setPeopleListGroup(group);
 }
@@ -124,7 +125,13 @@ KibPeopleListItem::~KibPeopleListItem() {
   _displayName.reset();
   _presence.reset();
   _whenStatusChanged.reset();
-  registry().erase(this);
+  if (_registrySlot != kNotRegistered) {
+    // The last item takes the slot.
+    auto& items = registry();
+    items[_registrySlot] = items.back();
+    items[_registrySlot]->_registrySlot = _registrySlot;
+    items.pop_back();
+  }
 }
 
 KibPeopleListItemPtr KibPeopleListItem::copy() {
@@ -146,7 +153,9 @@ void KibPeopleListItem::clearAllWeakGroupReferencesTo(const KibPeopleListGroup* 
 }
 
 bool KibPeopleListItem::isRegistered(const KibPeopleListItem* item) {
-  return registry().count(const_cast<KibPeopleListItem*>(item)) != 0;
+  // By address: the item may be gone.
+  const auto& items = registry();
+  return std::find(items.begin(), items.end(), item) != items.end();
 }
 
 // Accessors.
@@ -418,6 +427,7 @@ double KibPeopleListItem::transitionAlphaToFromThrobs(double to, double from, st
 
 void KibPeopleListItem::_postNotificationNamedUserInfo(const std::string& name,
                                                        const platform::DictionaryPtr& userInfo) {
+  if (observers().empty()) return;  // nobody to tell: not worth building
   informObserversOfNotification(platform::Notification::make(name, shared_from_this(), userInfo));
 }
 

@@ -164,6 +164,8 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   void stopTransitionPerformed(const platform::ObjectPtr& argument);
   std::int32_t currentMinutesIdle() const;
 
+  static constexpr std::size_t kNotRegistered = static_cast<std::size_t>(-1);
+
   platform::Object* _delegate = nullptr;
   KibBuddyListPresencePtr _presence;
   platform::DatePtr _whenStatusChanged;
@@ -180,6 +182,7 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   bool _isGroup = false;
   mutable KibItemSortCache _sortCache;
   mutable KibItemSearchCache _searchCache;
+  std::size_t _registrySlot = kNotRegistered;  // in the registry of live person items
 };
 
 }  // namespace kib

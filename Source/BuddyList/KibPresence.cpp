@@ -75,7 +75,7 @@ bool KibPresence::addIMHandle(const IMHandlePtr& handle) {
   if (!handle || !canAddIMHandle(handle)) return false;
   if (containsIMHandle(handle.get())) return true;
   _imHandles.push_back(handle);
-  _imHandlesSet.insert(handle);
+  _imHandlesSetIsCurrent = false;
   _observeIMHandle(handle);
   _fullRecache();
   return true;
@@ -86,7 +86,8 @@ void KibPresence::removeIMHandle(const IMHandlePtr& handle) {
   // The argument may be an element of _imHandles itself.
   IMHandlePtr held = handle;
   _unobserveIMHandle(held);
-  _imHandlesSet.erase(held);
+  _imHandlesSet.clear();  // holds no handle the presence let go of
+  _imHandlesSetIsCurrent = false;
   _imHandles.erase(std::remove(_imHandles.begin(), _imHandles.end(), held), _imHandles.end());
   _fullRecache();
 }
@@ -95,6 +96,14 @@ bool KibPresence::containsIMHandle(const IMHandle* handle) const {
   if (!handle) return false;
   return std::any_of(_imHandles.begin(), _imHandles.end(),
                      [handle](const IMHandlePtr& held) { return held.get() == handle; });
+}
+
+const IMHandleSet& KibPresence::imHandleSet() const {
+  if (!_imHandlesSetIsCurrent) {
+    _imHandlesSet = IMHandleSet(_imHandles.begin(), _imHandles.end());
+    _imHandlesSetIsCurrent = true;
+  }
+  return _imHandlesSet;
 }
 
 std::int32_t KibPresence::numberOfIMHandles() const { return static_cast<std::int32_t>(_imHandles.size()); }
@@ -126,7 +135,8 @@ void KibPresence::_unobserveIMHandle(const IMHandlePtr& handle) {
 }
 
 void KibPresence::postNotificationNamedForIMHandle(const std::string& name, const IMHandlePtr& handle) {
-  if (_quiet) return;
+  // Nobody would receive it: a new presence has no observer until its item is made.
+  if (_quiet || observers().empty()) return;
   platform::DictionaryPtr userInfo;
   if (handle) userInfo = platform::makeDictionary({{kKibIMHandleResponsibleKey, handle}});
   informObserversOfNotification(platform::Notification::make(name, shared_from_this(), userInfo));
