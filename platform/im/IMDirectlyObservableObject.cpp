@@ -1,6 +1,8 @@
 #include "platform/im/IMDirectlyObservableObject.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace platform {
 
@@ -21,7 +23,18 @@ void IMDirectlyObservableObject::informObserversOfNotification(const Notificatio
   if (!notification || observers_.empty()) return;
   auto keepAlive = weak_from_this().lock();
   // Deliver to the observers present now, skipping any that leave on the way.
-  const auto snapshot = observers_;
+  // Most objects have one or two observers: their snapshot stays on the stack.
+  constexpr std::size_t kInlineObservers = 4;
+  std::array<IMDirectlyObservableObjectObserver*, kInlineObservers> inlineSnapshot;
+  std::vector<IMDirectlyObservableObjectObserver*> heapSnapshot;
+  std::span<IMDirectlyObservableObjectObserver* const> snapshot;
+  if (observers_.size() <= kInlineObservers) {
+    std::copy(observers_.begin(), observers_.end(), inlineSnapshot.begin());
+    snapshot = std::span(inlineSnapshot.data(), observers_.size());
+  } else {
+    heapSnapshot = observers_;
+    snapshot = heapSnapshot;
+  }
   for (auto* observer : snapshot)
     if (hasObserver(observer)) observer->objectDidPostDirectNotification(notification);
 }
