@@ -13,7 +13,7 @@ namespace kib {
 
 namespace {
 
-KibPeopleListItemPtr makeKibPeopleListItem() { return std::make_shared<KibPeopleListItem>(); }
+KibPeopleListItemPtr makeKibPeopleListItem() { return KibPeopleListItem::make(); }
 
 bool willLog() { return platform::IMWillLog(kKibPeopleListLogCategory); }
 

@@ -10,6 +10,7 @@
 #include "platform/core/AssertionHandler.h"
 #include "platform/core/Format.h"
 #include "platform/core/Log.h"
+#include "platform/core/RecyclingAllocator.h"
 #include "platform/core/RunLoop.h"
 #include "platform/core/TextServices.h"
 #include "platform/im/IMAccount.h"
@@ -83,15 +84,19 @@ const std::vector<std::string>& KibPeopleListItem::selectors() {
 
 // Initialisation and teardown.
 
+KibPeopleListItemPtr KibPeopleListItem::make() {
+  return std::allocate_shared<KibPeopleListItem>(platform::RecyclingAllocator<KibPeopleListItem>());
+}
+
 KibPeopleListItemPtr KibPeopleListItem::initWithBuddyListPresenceInGroup(const KibBuddyListPresencePtr& presence,
                                                                          KibPeopleListGroup* group) {
-  auto item = std::make_shared<KibPeopleListItem>();
+  auto item = make();
   item->initialiseWithBuddyListPresenceInGroup(presence, group);
   return item;
 }
 
 KibPeopleListItemPtr KibPeopleListItem::initAsGroup(KibPeopleListGroup* group) {
-  auto item = std::make_shared<KibPeopleListItem>();
+  auto item = make();
   item->initialiseAsGroup(group);
   return item;
 }
@@ -119,7 +124,8 @@ void KibPeopleListItem::initialiseAsGroup(KibPeopleListGroup* group) {
 
 KibPeopleListItem::~KibPeopleListItem() {
   if (_presence) _presence->removeObserver(this);
-  platform::RunLoop::main().cancelPreviousPerformRequests(this);
+  // Only the item's own transitions aim performs at it.
+  if (_hasScheduledPerforms) platform::RunLoop::main().cancelPreviousPerformRequests(this);
   _attributedStatusMessage.reset();
   _statusMessage.reset();
   _displayName.reset();
@@ -259,7 +265,7 @@ void KibPeopleListItem::objectDidPostDirectNotification(const platform::Notifica
 }
 
 void KibPeopleListItem::_presenceCapabilitiesChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceStatusChanged(const ObjectPtr& notification) {
@@ -269,28 +275,28 @@ void KibPeopleListItem::_presenceStatusChanged(const ObjectPtr& notification) {
 }
 
 void KibPeopleListItem::_presencePictureChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceInfoChanged(const ObjectPtr& notification) {
   if (!_currentInfoDiffersFromCache()) return;
   clearAttributedStatusMessageCache();
   _cacheCurrentState();
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceGroupsChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsGroupChangeNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsGroupChangeNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceMobileChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceCertsChanged(const ObjectPtr&) {}
 
 void KibPeopleListItem::_presenceSortOrderChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemSortOrderChangedNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemSortOrderChangedNotification>(), userInfoOf(notification));
 }
 
 // The state cache.
@@ -340,12 +346,12 @@ void KibPeopleListItem::_setWhenStatusChanged(const platform::DatePtr& date) {
     _startStatusTransition();
     // The row keeps its place while it fades out.
     if (!IMPersonStatusIsOnline(_currentStatus)) {
-      _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, nullptr);
+      _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
       return;
     }
   }
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsSortingNotification, nullptr);
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, nullptr);
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 bool KibPeopleListItem::canTransition() const {
@@ -364,11 +370,12 @@ void KibPeopleListItem::_startAnimationPusling(bool statusTransition) {
   _inTransition = true;
   _currentTransitionTime = statusTransition ? kStatusTransitionTime : kPulseTransitionTime;
   auto& loop = platform::RunLoop::main();
-  loop.cancelPreviousPerformRequests(this, "stopTransition");
+  if (_hasScheduledPerforms) loop.cancelPreviousPerformRequests(this, "stopTransition");
+  _hasScheduledPerforms = true;
   // Common modes: the transition also ends while a menu is being tracked.
   loop.performSelectorAfterDelay(self, "stopTransition", nullptr, _currentTransitionTime,
                                  platform::kCommonRunLoopModes);
-  _postNotificationNamedUserInfo(kKibPeopleListItemAnimationStateChangedNotification, nullptr);
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemAnimationStateChangedNotification>(), nullptr);
 }
 
 void KibPeopleListItem::_startStatusTransition() { _startAnimationPusling(true); }
@@ -379,17 +386,17 @@ void KibPeopleListItem::startPulse() {
   if (!canTransition()) return;
   _setWhenStatusChanged(platform::Date::now());
   _startPulse();
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsSortingNotification, nullptr);
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, nullptr);
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 void KibPeopleListItem::stopTransition() {
   // Cancels the offline-transition perform by name, deliberately not stopTransition.
   platform::RunLoop::main().cancelPreviousPerformRequests(this, "_finishOfflineTransition");
   _inTransition = false;
-  _postNotificationNamedUserInfo(kKibPeopleListItemAnimationStateChangedNotification, nullptr);
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsSortingNotification, nullptr);
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, nullptr);
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemAnimationStateChangedNotification>(), nullptr);
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 void KibPeopleListItem::stopTransitionPerformed(const ObjectPtr&) { stopTransition(); }
@@ -429,6 +436,12 @@ void KibPeopleListItem::_postNotificationNamedUserInfo(const std::string& name,
                                                        const platform::DictionaryPtr& userInfo) {
   if (observers().empty()) return;  // nobody to tell: not worth building
   informObserversOfNotification(platform::Notification::make(name, shared_from_this(), userInfo));
+}
+
+void KibPeopleListItem::_postConstantNamedUserInfo(const std::string& constantName,
+                                                   const platform::DictionaryPtr& userInfo) {
+  if (observers().empty()) return;
+  informObserversOfNotification(platform::Notification::makeWithConstantName(constantName, shared_from_this(), userInfo));
 }
 
 }  // namespace kib

@@ -74,6 +74,8 @@ bool KibPresence::canAddIMHandle(const IMHandlePtr&) const { return true; }
 bool KibPresence::addIMHandle(const IMHandlePtr& handle) {
   if (!handle || !canAddIMHandle(handle)) return false;
   if (containsIMHandle(handle.get())) return true;
+  // Most people have a handle or two.
+  if (_imHandles.empty()) _imHandles.reserve(2);
   _imHandles.push_back(handle);
   _imHandlesSetIsCurrent = false;
   _observeIMHandle(handle);
@@ -117,7 +119,7 @@ bool KibPresence::_fullRecache() {
   _statusMessage = std::move(message);
   _previousStatus = _status;
   _status = status;
-  postNotificationNamedForIMHandle(kKibPresenceStatusChangedNotification, best);
+  postConstantNamedForIMHandle(platform::constantName<kKibPresenceStatusChangedNotification>(), best);
   return true;
 }
 
@@ -134,12 +136,21 @@ void KibPresence::_unobserveIMHandle(const IMHandlePtr& handle) {
   if (!_quiet && handle) handle->removeObserver(this);
 }
 
+platform::DictionaryPtr KibPresence::userInfoForIMHandle(const IMHandlePtr& handle) {
+  if (!handle) return nullptr;
+  return platform::makeDictionary({{kKibIMHandleResponsibleKey, handle}});
+}
+
 void KibPresence::postNotificationNamedForIMHandle(const std::string& name, const IMHandlePtr& handle) {
   // Nobody would receive it: a new presence has no observer until its item is made.
   if (_quiet || observers().empty()) return;
-  platform::DictionaryPtr userInfo;
-  if (handle) userInfo = platform::makeDictionary({{kKibIMHandleResponsibleKey, handle}});
-  informObserversOfNotification(platform::Notification::make(name, shared_from_this(), userInfo));
+  informObserversOfNotification(platform::Notification::make(name, shared_from_this(), userInfoForIMHandle(handle)));
+}
+
+void KibPresence::postConstantNamedForIMHandle(const std::string& constantName, const IMHandlePtr& handle) {
+  if (_quiet || observers().empty()) return;
+  informObserversOfNotification(
+      platform::Notification::makeWithConstantName(constantName, shared_from_this(), userInfoForIMHandle(handle)));
 }
 
 void KibPresence::objectDidPostDirectNotification(const platform::NotificationPtr& notification) {
@@ -153,49 +164,49 @@ void KibPresence::objectDidPostDirectNotification(const platform::NotificationPt
   performSelector(selectors().at(index), notification);
 }
 
-void KibPresence::postForNotifyingHandle(const std::string& name, const ObjectPtr& notification) {
-  postNotificationNamedForIMHandle(name, notifyingHandle(notification));
+void KibPresence::postForNotifyingHandle(const std::string& constantName, const ObjectPtr& notification) {
+  postConstantNamedForIMHandle(constantName, notifyingHandle(notification));
 }
 
 void KibPresence::_imHandleCapabilitiesChanged(const ObjectPtr& notification) {
   auto handle = notifyingHandle(notification);
   if (handle && handle == _mostAvailableIMHandle)
-    postNotificationNamedForIMHandle(kKibPresenceCapabilitiesChangedNotification, handle);
+    postConstantNamedForIMHandle(platform::constantName<kKibPresenceCapabilitiesChangedNotification>(), handle);
 }
 
 void KibPresence::_imHandleStatusChanged(const ObjectPtr& notification) {
-  if (!_fullRecache()) postForNotifyingHandle(kKibPresenceStatusChangedNotification, notification);
+  if (!_fullRecache()) postForNotifyingHandle(platform::constantName<kKibPresenceStatusChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandlePictureChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(kKibPresencePictureChangedNotification, notification);
+  postForNotifyingHandle(platform::constantName<kKibPresencePictureChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleInfoChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(kKibPresenceInfoChangedNotification, notification);
+  postForNotifyingHandle(platform::constantName<kKibPresenceInfoChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleGroupsChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(kKibPresenceGroupsChangedNotification, notification);
+  postForNotifyingHandle(platform::constantName<kKibPresenceGroupsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleExtraPropsChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(kKibPresenceExtraPropsChangedNotification, notification);
+  postForNotifyingHandle(platform::constantName<kKibPresenceExtraPropsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleMobileChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(kKibPresenceMobileChangedNotification, notification);
+  postForNotifyingHandle(platform::constantName<kKibPresenceMobileChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleCertsChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(kKibPresenceCertsChangedNotification, notification);
+  postForNotifyingHandle(platform::constantName<kKibPresenceCertsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleSortOrderChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(kKibPresenceSortOrderChangedNotification, notification);
+  postForNotifyingHandle(platform::constantName<kKibPresenceSortOrderChangedNotification>(), notification);
 }
 
 // Forwarding accessors.

@@ -117,7 +117,10 @@ class KibPresence : public platform::IMDirectlyObservableObject,
   void _imHandleSortOrderChanged(const platform::ObjectPtr& notification);
 
  private:
-  void postForNotifyingHandle(const std::string& name, const platform::ObjectPtr& notification);
+  // The notifications the presence posts itself, with names that outlive them (platform::constantName).
+  void postConstantNamedForIMHandle(const std::string& constantName, const platform::IMHandlePtr& handle);
+  void postForNotifyingHandle(const std::string& constantName, const platform::ObjectPtr& notification);
+  static platform::DictionaryPtr userInfoForIMHandle(const platform::IMHandlePtr& handle);
 
   platform::IMHandlePtr _mostAvailableIMHandle;
   std::vector<platform::IMHandlePtr> _imHandles;

@@ -12,7 +12,9 @@ void IMDirectlyObservableObject::addObserver(IMDirectlyObservableObjectObserver*
 }
 
 void IMDirectlyObservableObject::removeObserver(IMDirectlyObservableObjectObserver* observer) {
-  observers_.erase(std::remove(observers_.begin(), observers_.end(), observer), observers_.end());
+  // Held once at most; the latest observers tend to leave first.
+  auto found = std::find(observers_.rbegin(), observers_.rend(), observer);
+  if (found != observers_.rend()) observers_.erase(std::next(found).base());
 }
 
 bool IMDirectlyObservableObject::hasObserver(const IMDirectlyObservableObjectObserver* observer) const {
