@@ -24,6 +24,12 @@ using platform::ObjectPtr;
 
 namespace {
 
+// A notification name as a string that lives as long as the program.
+template <const char* const& Name>
+const std::string& named() {
+  return platform::constantName<Name>();
+}
+
 constexpr const char* kSourceFile = "MenuExtra/../Source/BuddyList/KibPeopleListItem";
 constexpr double kStatusTransitionTime = 2.0;
 constexpr double kPulseTransitionTime = 4.0;
@@ -265,7 +271,7 @@ void KibPeopleListItem::objectDidPostDirectNotification(const platform::Notifica
 }
 
 void KibPeopleListItem::_presenceCapabilitiesChanged(const ObjectPtr& notification) {
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceStatusChanged(const ObjectPtr& notification) {
@@ -275,28 +281,28 @@ void KibPeopleListItem::_presenceStatusChanged(const ObjectPtr& notification) {
 }
 
 void KibPeopleListItem::_presencePictureChanged(const ObjectPtr& notification) {
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceInfoChanged(const ObjectPtr& notification) {
   if (!_currentInfoDiffersFromCache()) return;
   clearAttributedStatusMessageCache();
   _cacheCurrentState();
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceGroupsChanged(const ObjectPtr& notification) {
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsGroupChangeNotification>(), userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsGroupChangeNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceMobileChanged(const ObjectPtr& notification) {
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceCertsChanged(const ObjectPtr&) {}
 
 void KibPeopleListItem::_presenceSortOrderChanged(const ObjectPtr& notification) {
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemSortOrderChangedNotification>(), userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemSortOrderChangedNotification>(), userInfoOf(notification));
 }
 
 // The state cache.
@@ -346,12 +352,12 @@ void KibPeopleListItem::_setWhenStatusChanged(const platform::DatePtr& date) {
     _startStatusTransition();
     // The row keeps its place while it fades out.
     if (!IMPersonStatusIsOnline(_currentStatus)) {
-      _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
+      _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
       return;
     }
   }
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 bool KibPeopleListItem::canTransition() const {
@@ -375,7 +381,7 @@ void KibPeopleListItem::_startAnimationPusling(bool statusTransition) {
   // Common modes: the transition also ends while a menu is being tracked.
   loop.performSelectorAfterDelay(self, "stopTransition", nullptr, _currentTransitionTime,
                                  platform::kCommonRunLoopModes);
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemAnimationStateChangedNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemAnimationStateChangedNotification>(), nullptr);
 }
 
 void KibPeopleListItem::_startStatusTransition() { _startAnimationPusling(true); }
@@ -386,17 +392,17 @@ void KibPeopleListItem::startPulse() {
   if (!canTransition()) return;
   _setWhenStatusChanged(platform::Date::now());
   _startPulse();
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 void KibPeopleListItem::stopTransition() {
   // Cancels the offline-transition perform by name, deliberately not stopTransition.
   platform::RunLoop::main().cancelPreviousPerformRequests(this, "_finishOfflineTransition");
   _inTransition = false;
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemAnimationStateChangedNotification>(), nullptr);
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
-  _postConstantNamedUserInfo(platform::constantName<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemAnimationStateChangedNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 void KibPeopleListItem::stopTransitionPerformed(const ObjectPtr&) { stopTransition(); }
@@ -441,7 +447,8 @@ void KibPeopleListItem::_postNotificationNamedUserInfo(const std::string& name,
 void KibPeopleListItem::_postConstantNamedUserInfo(const std::string& constantName,
                                                    const platform::DictionaryPtr& userInfo) {
   if (observers().empty()) return;
-  informObserversOfNotification(platform::Notification::makeWithConstantName(constantName, shared_from_this(), userInfo));
+  informObserversOfNotification(
+      platform::Notification::makeWithConstantName(constantName, shared_from_this(), userInfo));
 }
 
 }  // namespace kib

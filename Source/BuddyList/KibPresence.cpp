@@ -17,6 +17,12 @@ using platform::ObjectPtr;
 
 namespace {
 
+// A notification name as a string that lives as long as the program.
+template <const char* const& Name>
+const std::string& named() {
+  return platform::constantName<Name>();
+}
+
 IMHandlePtr notifyingHandle(const ObjectPtr& argument) {
   auto notification = std::dynamic_pointer_cast<platform::Notification>(argument);
   return notification ? std::dynamic_pointer_cast<IMHandle>(notification->object()) : nullptr;
@@ -119,7 +125,7 @@ bool KibPresence::_fullRecache() {
   _statusMessage = std::move(message);
   _previousStatus = _status;
   _status = status;
-  postConstantNamedForIMHandle(platform::constantName<kKibPresenceStatusChangedNotification>(), best);
+  postConstantNamedForIMHandle(named<kKibPresenceStatusChangedNotification>(), best);
   return true;
 }
 
@@ -171,42 +177,42 @@ void KibPresence::postForNotifyingHandle(const std::string& constantName, const 
 void KibPresence::_imHandleCapabilitiesChanged(const ObjectPtr& notification) {
   auto handle = notifyingHandle(notification);
   if (handle && handle == _mostAvailableIMHandle)
-    postConstantNamedForIMHandle(platform::constantName<kKibPresenceCapabilitiesChangedNotification>(), handle);
+    postConstantNamedForIMHandle(named<kKibPresenceCapabilitiesChangedNotification>(), handle);
 }
 
 void KibPresence::_imHandleStatusChanged(const ObjectPtr& notification) {
-  if (!_fullRecache()) postForNotifyingHandle(platform::constantName<kKibPresenceStatusChangedNotification>(), notification);
+  if (!_fullRecache()) postForNotifyingHandle(named<kKibPresenceStatusChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandlePictureChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(platform::constantName<kKibPresencePictureChangedNotification>(), notification);
+  postForNotifyingHandle(named<kKibPresencePictureChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleInfoChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(platform::constantName<kKibPresenceInfoChangedNotification>(), notification);
+  postForNotifyingHandle(named<kKibPresenceInfoChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleGroupsChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(platform::constantName<kKibPresenceGroupsChangedNotification>(), notification);
+  postForNotifyingHandle(named<kKibPresenceGroupsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleExtraPropsChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(platform::constantName<kKibPresenceExtraPropsChangedNotification>(), notification);
+  postForNotifyingHandle(named<kKibPresenceExtraPropsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleMobileChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(platform::constantName<kKibPresenceMobileChangedNotification>(), notification);
+  postForNotifyingHandle(named<kKibPresenceMobileChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleCertsChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(platform::constantName<kKibPresenceCertsChangedNotification>(), notification);
+  postForNotifyingHandle(named<kKibPresenceCertsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleSortOrderChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(platform::constantName<kKibPresenceSortOrderChangedNotification>(), notification);
+  postForNotifyingHandle(named<kKibPresenceSortOrderChangedNotification>(), notification);
 }
 
 // Forwarding accessors.
