@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <typeinfo>
 
+#include "platform/core/RecyclingAllocator.h"
 #include "platform/im/IMHandle.h"
 #include "platform/im/IMPerson.h"
 
@@ -31,7 +32,8 @@ KibBuddyListPresencePtr KibBuddyListPresence::initWithIMPersonFilterIDFilterServ
 KibBuddyListPresencePtr KibBuddyListPresence::initWithIMPersonFilterIDFilterServiceFilterGroupFiltersQuiet(
     const platform::IMPersonPtr& person, const std::optional<std::string>& ID,
     const platform::IMServiceImplPtr& service, const std::optional<GroupNames>& groups, bool quiet) {
-  auto presence = std::make_shared<KibBuddyListPresence>();
+  // Made and dropped by the thousand with every refill of a list.
+  auto presence = std::allocate_shared<KibBuddyListPresence>(platform::RecyclingAllocator<KibBuddyListPresence>());
   presence->setIsQuiet(quiet);
   presence->_filterGroups = groups;
   presence->_filterService = service;

@@ -13,7 +13,7 @@ namespace kib {
 
 namespace {
 
-KibPeopleListItemPtr makeKibPeopleListItem() { return std::make_shared<KibPeopleListItem>(); }
+KibPeopleListItemPtr makeKibPeopleListItem() { return KibPeopleListItem::make(); }
 
 // Appends the handles of the items' presences that are not there yet.
 void collectHandles(const KibPeopleList::Items& items, KibPeopleList::Handles& handles,

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 
 #include "Source/BuddyList/KibNotifications.h"
 #include "Source/BuddyList/KibPeopleList.h"
@@ -162,17 +163,25 @@ bool KibPeopleList::_addIMHandleToCollectionUsingOrphanItems(const platform::IMH
   // Offering a handle to an item that cannot take it changes nothing, so only
   // the items the index names are asked, in the same order.
   KibPeopleListFilingIndex* index = filingIndexFor(collection);
-  // Copies: offering a handle may reach observers that file more.
+  // Copies: offering a handle may reach observers that file more. A handle
+  // mostly has one candidate or none; one is kept off the heap.
+  KibPeopleListItemPtr onlyCandidate;
   Items candidates;
-  std::vector<std::size_t> positions;
   if (index) {
-    positions = index->candidatesFor(*handle);
-    for (std::size_t position : positions) candidates.push_back(index->item(position));
+    const auto& positions = index->candidatesFor(*handle);
+    if (positions.size() == 1) {
+      onlyCandidate = index->item(positions.front());
+    } else {
+      candidates.reserve(positions.size());
+      for (std::size_t position : positions) candidates.push_back(index->item(position));
+    }
   } else {
     candidates = collection ? collection->members() : _peopleListItems;
   }
+  std::span<const KibPeopleListItemPtr> toAsk(candidates);
+  if (onlyCandidate) toAsk = std::span<const KibPeopleListItemPtr>(&onlyCandidate, 1);
   bool filed = false;
-  for (const auto& item : candidates) {
+  for (const auto& item : toAsk) {
     const auto& presence = item->buddyListPresence();
     if (!presence) continue;
     if (presence->containsIMHandle(handle)) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -27,6 +28,11 @@ class KibPeopleListFilingIndex {
   using Items = std::vector<KibPeopleListItemPtr>;
 
   explicit KibPeopleListFilingIndex(const Items& items);
+  // Hands its arrays, emptied, to the next index: a refill indexes thousands
+  // of items, and growing fresh arrays every time cost more than the indexing.
+  ~KibPeopleListFilingIndex();
+  KibPeopleListFilingIndex(KibPeopleListFilingIndex&&) = default;
+  KibPeopleListFilingIndex& operator=(KibPeopleListFilingIndex&&) = default;
 
   // The number of items indexed; a collection of another size has changed behind its back.
   std::size_t size() const { return _items.size(); }
@@ -53,9 +59,26 @@ class KibPeopleListFilingIndex {
   template <class Map, class Key>
   void collect(const Map& map, const Key& key);
 
+  // Persons by unique ID in an open-addressed table: no node per person. The
+  // chain keeps its person, whose ID never changes, and compares against it.
+  struct PersonChain {
+    platform::IMPersonPtr person;
+    std::size_t hash;
+    Chain chain;
+  };
+  void appendPersonID(const platform::IMPersonPtr& person, std::size_t position);
+  void collectPersonID(std::string_view ID);
+  // The slot that holds the ID's chain, or the empty slot where it would go.
+  std::uint32_t& personSlot(std::string_view ID, std::size_t hash);
+  void growPersonSlots();
+  // The emptied arrays of the last index dropped on this thread.
+  struct Spare;
+  static Spare& spare();
+
   Items _items;
   std::vector<std::size_t> _next;
-  std::unordered_map<std::string, Chain, StringHash, std::equal_to<>> _byPersonID;
+  std::vector<PersonChain> _personChains;
+  std::vector<std::uint32_t> _personSlots;  // 1 + index into _personChains; 0 is empty
   std::unordered_map<const platform::IMPerson*, Chain> _byPersonObject;
   std::unordered_map<std::string, Chain, StringHash, std::equal_to<>> _byID;
   // Handles held by an item whose key they do not fit.

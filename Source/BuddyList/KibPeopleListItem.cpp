@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <unordered_set>
 
 #include "Source/BuddyList/KibNotifications.h"
 #include "Source/BuddyList/KibPeopleListGroup.h"
@@ -11,6 +10,7 @@
 #include "platform/core/AssertionHandler.h"
 #include "platform/core/Format.h"
 #include "platform/core/Log.h"
+#include "platform/core/RecyclingAllocator.h"
 #include "platform/core/RunLoop.h"
 #include "platform/core/TextServices.h"
 #include "platform/im/IMAccount.h"
@@ -24,18 +24,21 @@ using platform::ObjectPtr;
 
 namespace {
 
+// A notification name as a string that lives as long as the program.
+template <const char* const& Name>
+const std::string& named() {
+  return platform::constantName<Name>();
+}
+
 constexpr const char* kSourceFile = "MenuExtra/../Source/BuddyList/KibPeopleListItem";
 constexpr double kStatusTransitionTime = 2.0;
 constexpr double kPulseTransitionTime = 4.0;
 constexpr double kNeverChanged = 99999.0;
 
-// The live person items; they hold themselves in and take themselves out.
-std::unordered_set<KibPeopleListItem*>& registry() {
-  static std::unordered_set<KibPeopleListItem*>* items = [] {
-    auto* set = new std::unordered_set<KibPeopleListItem*>;
-    set->reserve(512);
-    return set;
-  }();
+// The live person items; they hold themselves in and take themselves out. A
+// flat array with each item's slot kept in the item: no node per item.
+std::vector<KibPeopleListItem*>& registry() {
+  static auto* items = new std::vector<KibPeopleListItem*>;
   return *items;
 }
 
@@ -87,44 +90,60 @@ const std::vector<std::string>& KibPeopleListItem::selectors() {
 
 // Initialisation and teardown.
 
+KibPeopleListItemPtr KibPeopleListItem::make() {
+  return std::allocate_shared<KibPeopleListItem>(platform::RecyclingAllocator<KibPeopleListItem>());
+}
+
 KibPeopleListItemPtr KibPeopleListItem::initWithBuddyListPresenceInGroup(const KibBuddyListPresencePtr& presence,
                                                                          KibPeopleListGroup* group) {
-  auto item = std::make_shared<KibPeopleListItem>();
+  auto item = make();
   item->initialiseWithBuddyListPresenceInGroup(presence, group);
   return item;
 }
 
 KibPeopleListItemPtr KibPeopleListItem::initAsGroup(KibPeopleListGroup* group) {
-  auto item = std::make_shared<KibPeopleListItem>();
+  auto item = make();
   item->initialiseAsGroup(group);
   return item;
 }
 
 void KibPeopleListItem::initialiseWithBuddyListPresenceInGroup(const KibBuddyListPresencePtr& presence,
                                                                KibPeopleListGroup* group) {
-  platform::assertParameter(presence != nullptr, "presence != nil", "-[KibPeopleListItem initWithBuddyListPresence:inGroup:]",
-                            this, kSourceFile, __LINE__);
+  // Checked first: the report's texts are built only for a failure.
+  if (!presence)
+    platform::assertParameter(false, "presence != nil", "-[KibPeopleListItem initWithBuddyListPresence:inGroup:]", this,
+                              kSourceFile, __LINE__);
   setBuddyListPresence(presence);
   setPeopleListGroup(group);
-  registry().insert(this);
+  if (_registrySlot == kNotRegistered) {
+    _registrySlot = registry().size();
+    registry().push_back(this);
+  }
 }
 
 void KibPeopleListItem::initialiseAsGroup(KibPeopleListGroup* group) {
-  platform::assertParameter(group != nullptr, "group != nil", "-[KibPeopleListItem initAsGroup:]", this,
-                            kSourceFile, __LINE__);
+  if (!group)
+    platform::assertParameter(false, "group != nil", "-[KibPeopleListItem initAsGroup:]", this, kSourceFile, __LINE__);
   _isGroup = true;
   setPeopleListGroup(group);
 }
 
 KibPeopleListItem::~KibPeopleListItem() {
   if (_presence) _presence->removeObserver(this);
-  platform::RunLoop::main().cancelPreviousPerformRequests(this);
+  // Only the item's own transitions aim performs at it.
+  if (_hasScheduledPerforms) platform::RunLoop::main().cancelPreviousPerformRequests(this);
   _attributedStatusMessage.reset();
   _statusMessage.reset();
   _displayName.reset();
   _presence.reset();
   _whenStatusChanged.reset();
-  registry().erase(this);
+  if (_registrySlot != kNotRegistered) {
+    // The last item takes the slot.
+    auto& items = registry();
+    items[_registrySlot] = items.back();
+    items[_registrySlot]->_registrySlot = _registrySlot;
+    items.pop_back();
+  }
 }
 
 KibPeopleListItemPtr KibPeopleListItem::copy() {
@@ -146,7 +165,9 @@ void KibPeopleListItem::clearAllWeakGroupReferencesTo(const KibPeopleListGroup* 
 }
 
 bool KibPeopleListItem::isRegistered(const KibPeopleListItem* item) {
-  return registry().count(const_cast<KibPeopleListItem*>(item)) != 0;
+  // By address: the item may be gone.
+  const auto& items = registry();
+  return std::find(items.begin(), items.end(), item) != items.end();
 }
 
 // Accessors.
@@ -259,7 +280,7 @@ void KibPeopleListItem::willChangeOwnStatus() {
 }
 
 void KibPeopleListItem::_presenceCapabilitiesChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceStatusChanged(const ObjectPtr& notification) {
@@ -269,28 +290,28 @@ void KibPeopleListItem::_presenceStatusChanged(const ObjectPtr& notification) {
 }
 
 void KibPeopleListItem::_presencePictureChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceInfoChanged(const ObjectPtr& notification) {
   if (!_currentInfoDiffersFromCache()) return;
   clearAttributedStatusMessageCache();
   _cacheCurrentState();
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceGroupsChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsGroupChangeNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsGroupChangeNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceMobileChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), userInfoOf(notification));
 }
 
 void KibPeopleListItem::_presenceCertsChanged(const ObjectPtr&) {}
 
 void KibPeopleListItem::_presenceSortOrderChanged(const ObjectPtr& notification) {
-  _postNotificationNamedUserInfo(kKibPeopleListItemSortOrderChangedNotification, userInfoOf(notification));
+  _postConstantNamedUserInfo(named<kKibPeopleListItemSortOrderChangedNotification>(), userInfoOf(notification));
 }
 
 // The state cache.
@@ -341,12 +362,12 @@ void KibPeopleListItem::_setWhenStatusChanged(const platform::DatePtr& date) {
     _startStatusTransition();
     // The row keeps its place while it fades out.
     if (!IMPersonStatusIsOnline(_currentStatus)) {
-      _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, nullptr);
+      _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
       return;
     }
   }
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsSortingNotification, nullptr);
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 bool KibPeopleListItem::canTransition() const {
@@ -366,11 +387,12 @@ void KibPeopleListItem::_startAnimationPusling(bool statusTransition) {
   _inTransition = true;
   _currentTransitionTime = statusTransition ? kStatusTransitionTime : kPulseTransitionTime;
   auto& loop = platform::RunLoop::main();
-  loop.cancelPreviousPerformRequests(this, "stopTransition");
+  if (_hasScheduledPerforms) loop.cancelPreviousPerformRequests(this, "stopTransition");
+  _hasScheduledPerforms = true;
   // Common modes: the transition also ends while a menu is being tracked.
   loop.performSelectorAfterDelay(self, "stopTransition", nullptr, _currentTransitionTime,
                                  platform::kCommonRunLoopModes);
-  _postNotificationNamedUserInfo(kKibPeopleListItemAnimationStateChangedNotification, nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemAnimationStateChangedNotification>(), nullptr);
 }
 
 void KibPeopleListItem::_startStatusTransition() { _startAnimationPusling(true); }
@@ -381,8 +403,8 @@ void KibPeopleListItem::startPulse() {
   if (!canTransition()) return;
   _setWhenStatusChanged(platform::Date::now());
   _startPulse();
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsSortingNotification, nullptr);
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 void KibPeopleListItem::stopTransition() {
@@ -390,9 +412,9 @@ void KibPeopleListItem::stopTransition() {
   platform::RunLoop::main().cancelPreviousPerformRequests(this, "_finishOfflineTransition");
   willChangeOwnStatus();
   _inTransition = false;
-  _postNotificationNamedUserInfo(kKibPeopleListItemAnimationStateChangedNotification, nullptr);
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsSortingNotification, nullptr);
-  _postNotificationNamedUserInfo(kKibPeopleListItemNeedsUpdatingNotification, nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemAnimationStateChangedNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsSortingNotification>(), nullptr);
+  _postConstantNamedUserInfo(named<kKibPeopleListItemNeedsUpdatingNotification>(), nullptr);
 }
 
 void KibPeopleListItem::stopTransitionPerformed(const ObjectPtr&) { stopTransition(); }
@@ -430,7 +452,15 @@ double KibPeopleListItem::transitionAlphaToFromThrobs(double to, double from, st
 
 void KibPeopleListItem::_postNotificationNamedUserInfo(const std::string& name,
                                                        const platform::DictionaryPtr& userInfo) {
+  if (observers().empty()) return;  // nobody to tell: not worth building
   informObserversOfNotification(platform::Notification::make(name, shared_from_this(), userInfo));
+}
+
+void KibPeopleListItem::_postConstantNamedUserInfo(const std::string& constantName,
+                                                   const platform::DictionaryPtr& userInfo) {
+  if (observers().empty()) return;
+  informObserversOfNotification(
+      platform::Notification::makeWithConstantName(constantName, shared_from_this(), userInfo));
 }
 
 }  // namespace kib

@@ -46,6 +46,10 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   // A group header; a nil group is reported to the assertion handler.
   static KibPeopleListItemPtr initAsGroup(KibPeopleListGroup* group);
 
+  // A bare item for the initialisers below; lists drop and make items by the
+  // thousand, so their memory is recycled (platform::RecyclingAllocator).
+  static KibPeopleListItemPtr make();
+
   KibPeopleListItem() = default;
   ~KibPeopleListItem() override;
 
@@ -163,6 +167,8 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   void _startPulse();
 
   void _postNotificationNamedUserInfo(const std::string& name, const platform::DictionaryPtr& userInfo);
+  // The same for a name that outlives the notification (platform::constantName).
+  void _postConstantNamedUserInfo(const std::string& constantName, const platform::DictionaryPtr& userInfo);
 
  private:
   // Tells the observers that effectiveStatus may be about to change.
@@ -170,6 +176,8 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   // The delayed stopTransition arrives here.
   void stopTransitionPerformed(const platform::ObjectPtr& argument);
   std::int32_t currentMinutesIdle() const;
+
+  static constexpr std::size_t kNotRegistered = static_cast<std::size_t>(-1);
 
   platform::Object* _delegate = nullptr;
   KibBuddyListPresencePtr _presence;
@@ -188,6 +196,8 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   bool _changingOnlyItsStatus = false;
   mutable KibItemSortCache _sortCache;
   mutable KibItemSearchCache _searchCache;
+  std::size_t _registrySlot = kNotRegistered;  // in the registry of live person items
+  bool _hasScheduledPerforms = false;  // a transition's end was ever scheduled
 };
 
 }  // namespace kib

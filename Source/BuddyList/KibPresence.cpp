@@ -17,6 +17,12 @@ using platform::ObjectPtr;
 
 namespace {
 
+// A notification name as a string that lives as long as the program.
+template <const char* const& Name>
+const std::string& named() {
+  return platform::constantName<Name>();
+}
+
 IMHandlePtr notifyingHandle(const ObjectPtr& argument) {
   auto notification = std::dynamic_pointer_cast<platform::Notification>(argument);
   return notification ? std::dynamic_pointer_cast<IMHandle>(notification->object()) : nullptr;
@@ -75,8 +81,10 @@ bool KibPresence::addIMHandle(const IMHandlePtr& handle) {
   if (!handle || !canAddIMHandle(handle)) return false;
   if (containsIMHandle(handle.get())) return true;
   informObserversOfWillChange();
+  // Most people have a handle or two.
+  if (_imHandles.empty()) _imHandles.reserve(2);
   _imHandles.push_back(handle);
-  _imHandlesSet.insert(handle);
+  _imHandlesSetIsCurrent = false;
   _observeIMHandle(handle);
   _fullRecache();
   return true;
@@ -88,7 +96,8 @@ void KibPresence::removeIMHandle(const IMHandlePtr& handle) {
   IMHandlePtr held = handle;
   informObserversOfWillChange();
   _unobserveIMHandle(held);
-  _imHandlesSet.erase(held);
+  _imHandlesSet.clear();  // holds no handle the presence let go of
+  _imHandlesSetIsCurrent = false;
   _imHandles.erase(std::remove(_imHandles.begin(), _imHandles.end(), held), _imHandles.end());
   _fullRecache();
 }
@@ -97,6 +106,14 @@ bool KibPresence::containsIMHandle(const IMHandle* handle) const {
   if (!handle) return false;
   return std::any_of(_imHandles.begin(), _imHandles.end(),
                      [handle](const IMHandlePtr& held) { return held.get() == handle; });
+}
+
+const IMHandleSet& KibPresence::imHandleSet() const {
+  if (!_imHandlesSetIsCurrent) {
+    _imHandlesSet = IMHandleSet(_imHandles.begin(), _imHandles.end());
+    _imHandlesSetIsCurrent = true;
+  }
+  return _imHandlesSet;
 }
 
 std::int32_t KibPresence::numberOfIMHandles() const { return static_cast<std::int32_t>(_imHandles.size()); }
@@ -110,7 +127,7 @@ bool KibPresence::_fullRecache() {
   _statusMessage = std::move(message);
   _previousStatus = _status;
   _status = status;
-  postNotificationNamedForIMHandle(kKibPresenceStatusChangedNotification, best);
+  postConstantNamedForIMHandle(named<kKibPresenceStatusChangedNotification>(), best);
   return true;
 }
 
@@ -127,11 +144,21 @@ void KibPresence::_unobserveIMHandle(const IMHandlePtr& handle) {
   if (!_quiet && handle) handle->removeObserver(this);
 }
 
+platform::DictionaryPtr KibPresence::userInfoForIMHandle(const IMHandlePtr& handle) {
+  if (!handle) return nullptr;
+  return platform::makeDictionary({{kKibIMHandleResponsibleKey, handle}});
+}
+
 void KibPresence::postNotificationNamedForIMHandle(const std::string& name, const IMHandlePtr& handle) {
-  if (_quiet) return;
-  platform::DictionaryPtr userInfo;
-  if (handle) userInfo = platform::makeDictionary({{kKibIMHandleResponsibleKey, handle}});
-  informObserversOfNotification(platform::Notification::make(name, shared_from_this(), userInfo));
+  // Nobody would receive it: a new presence has no observer until its item is made.
+  if (_quiet || observers().empty()) return;
+  informObserversOfNotification(platform::Notification::make(name, shared_from_this(), userInfoForIMHandle(handle)));
+}
+
+void KibPresence::postConstantNamedForIMHandle(const std::string& constantName, const IMHandlePtr& handle) {
+  if (_quiet || observers().empty()) return;
+  informObserversOfNotification(
+      platform::Notification::makeWithConstantName(constantName, shared_from_this(), userInfoForIMHandle(handle)));
 }
 
 void KibPresence::objectDidPostDirectNotification(const platform::NotificationPtr& notification) {
@@ -149,49 +176,49 @@ void KibPresence::objectWillChange(platform::IMDirectlyObservableObject&) {
   if (!_quiet) informObserversOfWillChange();
 }
 
-void KibPresence::postForNotifyingHandle(const std::string& name, const ObjectPtr& notification) {
-  postNotificationNamedForIMHandle(name, notifyingHandle(notification));
+void KibPresence::postForNotifyingHandle(const std::string& constantName, const ObjectPtr& notification) {
+  postConstantNamedForIMHandle(constantName, notifyingHandle(notification));
 }
 
 void KibPresence::_imHandleCapabilitiesChanged(const ObjectPtr& notification) {
   auto handle = notifyingHandle(notification);
   if (handle && handle == _mostAvailableIMHandle)
-    postNotificationNamedForIMHandle(kKibPresenceCapabilitiesChangedNotification, handle);
+    postConstantNamedForIMHandle(named<kKibPresenceCapabilitiesChangedNotification>(), handle);
 }
 
 void KibPresence::_imHandleStatusChanged(const ObjectPtr& notification) {
-  if (!_fullRecache()) postForNotifyingHandle(kKibPresenceStatusChangedNotification, notification);
+  if (!_fullRecache()) postForNotifyingHandle(named<kKibPresenceStatusChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandlePictureChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(kKibPresencePictureChangedNotification, notification);
+  postForNotifyingHandle(named<kKibPresencePictureChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleInfoChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(kKibPresenceInfoChangedNotification, notification);
+  postForNotifyingHandle(named<kKibPresenceInfoChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleGroupsChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(kKibPresenceGroupsChangedNotification, notification);
+  postForNotifyingHandle(named<kKibPresenceGroupsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleExtraPropsChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(kKibPresenceExtraPropsChangedNotification, notification);
+  postForNotifyingHandle(named<kKibPresenceExtraPropsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleMobileChanged(const ObjectPtr& notification) {
   _fullRecache();
-  postForNotifyingHandle(kKibPresenceMobileChangedNotification, notification);
+  postForNotifyingHandle(named<kKibPresenceMobileChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleCertsChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(kKibPresenceCertsChangedNotification, notification);
+  postForNotifyingHandle(named<kKibPresenceCertsChangedNotification>(), notification);
 }
 
 void KibPresence::_imHandleSortOrderChanged(const ObjectPtr& notification) {
-  postForNotifyingHandle(kKibPresenceSortOrderChangedNotification, notification);
+  postForNotifyingHandle(named<kKibPresenceSortOrderChangedNotification>(), notification);
 }
 
 // Forwarding accessors.

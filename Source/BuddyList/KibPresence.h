@@ -50,7 +50,8 @@ class KibPresence : public platform::IMDirectlyObservableObject,
   std::int32_t numberOfIMHandles() const;
   // The handles in the order they were added (the live array).
   const std::vector<platform::IMHandlePtr>& imHandles() const { return _imHandles; }
-  const IMHandleSet& imHandleSet() const { return _imHandlesSet; }
+  // Built on first use after a change: only entry comparisons ask for it.
+  const IMHandleSet& imHandleSet() const;
   const platform::IMHandlePtr& mostAvailableIMHandle() const { return _mostAvailableIMHandle; }
 
   // Recorded status.
@@ -118,11 +119,15 @@ class KibPresence : public platform::IMDirectlyObservableObject,
   void _imHandleSortOrderChanged(const platform::ObjectPtr& notification);
 
  private:
-  void postForNotifyingHandle(const std::string& name, const platform::ObjectPtr& notification);
+  // The notifications the presence posts itself, with names that outlive them (platform::constantName).
+  void postConstantNamedForIMHandle(const std::string& constantName, const platform::IMHandlePtr& handle);
+  void postForNotifyingHandle(const std::string& constantName, const platform::ObjectPtr& notification);
+  static platform::DictionaryPtr userInfoForIMHandle(const platform::IMHandlePtr& handle);
 
   platform::IMHandlePtr _mostAvailableIMHandle;
   std::vector<platform::IMHandlePtr> _imHandles;
-  IMHandleSet _imHandlesSet;
+  mutable IMHandleSet _imHandlesSet;
+  mutable bool _imHandlesSetIsCurrent = true;
   std::string _statusMessage;
   bool _quiet = false;
   platform::IMPersonStatus _previousStatus = 0;

@@ -5,7 +5,7 @@
 namespace platform {
 
 std::string Notification::description() const {
-  return format("Notification %@ object %@ userInfo %@", name_, object_, userInfo_);
+  return format("Notification %@ object %@ userInfo %@", *name_, object_, userInfo_);
 }
 
 }  // namespace platform

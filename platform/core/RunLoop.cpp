@@ -13,6 +13,7 @@
 
 #include "platform/core/Clock.h"
 #include "platform/core/Log.h"
+#include "platform/core/RecyclingAllocator.h"
 #include "platform/core/VirtualClock.h"
 
 namespace platform {
@@ -84,7 +85,8 @@ void RunLoop::takeOut(const std::shared_ptr<Perform>& perform) {
 void RunLoop::performSelectorAfterDelay(const ObjectPtr& target, std::string selector, const ObjectPtr& argument,
                                         double delay, RunLoopModes modes) {
   if (!target) return;
-  auto perform = std::make_shared<Perform>();
+  // A refill of a list starts a transition, and so a perform, for many rows at once.
+  auto perform = std::allocate_shared<Perform>(RecyclingAllocator<Perform>());
   perform->due = Clock::current().now() + std::max(0.0, delay);
   perform->modes = modes;
   perform->target = target;

@@ -1,6 +1,8 @@
 #include "platform/im/IMDirectlyObservableObject.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace platform {
 
@@ -10,7 +12,9 @@ void IMDirectlyObservableObject::addObserver(IMDirectlyObservableObjectObserver*
 }
 
 void IMDirectlyObservableObject::removeObserver(IMDirectlyObservableObjectObserver* observer) {
-  observers_.erase(std::remove(observers_.begin(), observers_.end(), observer), observers_.end());
+  // Held once at most; the latest observers tend to leave first.
+  auto found = std::find(observers_.rbegin(), observers_.rend(), observer);
+  if (found != observers_.rend()) observers_.erase(std::next(found).base());
 }
 
 bool IMDirectlyObservableObject::hasObserver(const IMDirectlyObservableObjectObserver* observer) const {
@@ -21,7 +25,18 @@ void IMDirectlyObservableObject::informObserversOfNotification(const Notificatio
   if (!notification || observers_.empty()) return;
   auto keepAlive = weak_from_this().lock();
   // Deliver to the observers present now, skipping any that leave on the way.
-  const auto snapshot = observers_;
+  // Most objects have one or two observers: their snapshot stays on the stack.
+  constexpr std::size_t kInlineObservers = 4;
+  std::array<IMDirectlyObservableObjectObserver*, kInlineObservers> inlineSnapshot;
+  std::vector<IMDirectlyObservableObjectObserver*> heapSnapshot;
+  std::span<IMDirectlyObservableObjectObserver* const> snapshot;
+  if (observers_.size() <= kInlineObservers) {
+    std::copy(observers_.begin(), observers_.end(), inlineSnapshot.begin());
+    snapshot = std::span(inlineSnapshot.data(), observers_.size());
+  } else {
+    heapSnapshot = observers_;
+    snapshot = heapSnapshot;
+  }
   for (auto* observer : snapshot)
     if (hasObserver(observer)) observer->objectDidPostDirectNotification(notification);
 }

@@ -31,7 +31,7 @@ class IMHandle final : public IMDirectlyObservableObject {
   std::string normalizedID() const;
   IMServicePtr service() const;
   IMAccountPtr account() const { return account_.lock(); }
-  IMPersonPtr person() const { return person_; }
+  const IMPersonPtr& person() const { return person_; }
   bool isLoginIMHandle() const { return isLoginIMHandle_; }
   // Another handle (not this one) of the same service with the same normalized ID.
   bool isAccountSiblingOf(const IMHandle* other) const;

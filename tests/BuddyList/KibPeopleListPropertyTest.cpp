@@ -347,5 +347,24 @@ TEST_F(KibPeopleListPropertyTest, TransitionsEndingTogetherPostWhileRowsAreShown
   EXPECT_EQ(rows(*fast).size(), 1u);
 }
 
+// Hundreds of people: the filing index's person table grows several times, and
+// every refill reuses the arrays the last filing left.
+TEST_F(KibPeopleListPropertyTest, FastPathsHoldInAWorldOfHundreds) {
+  const Config configs[] = {
+      {false, false, true, false},
+      {true, false, true, true},
+  };
+  unsigned seed = 100;
+  for (const auto& config : configs) {
+    SCOPED_TRACE(platform::format("grouped %d", config.grouped));
+    run(seed++, config, 400, 40);
+    if (HasFatalFailure()) return;
+    fast.reset();
+    reference.reset();
+    handles.clear();
+    people.clear();
+  }
+}
+
 }  // namespace
 }  // namespace kibtest
