@@ -26,6 +26,22 @@ int compareBytes(const std::string& a, const std::string& b) {
   return (result > 0) - (result < 0);
 }
 
+// The key's first eight bytes as a big-endian number, zero-padded. Two keys
+// whose prefixes differ compare as their prefixes do (a shorter key padded
+// with zeros sorts before any longer one that differs from it there); equal
+// prefixes say nothing, and the keys themselves are compared.
+std::uint64_t keyPrefix(const std::string& key) {
+  std::uint64_t prefix = 0;
+  for (std::size_t i = 0; i < 8; ++i)
+    prefix = (prefix << 8) | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0u);
+  return prefix;
+}
+
+int comparePrefixed(std::uint64_t aPrefix, const std::string& a, std::uint64_t bPrefix, const std::string& b) {
+  if (aPrefix != bPrefix) return aPrefix < bPrefix ? -1 : 1;
+  return compareBytes(a, b);
+}
+
 const platform::IMHandle* handleOf(const KibPeopleListItem& item) {
   const auto& presence = item.buddyListPresence();
   return presence ? presence->mostAvailableIMHandle().get() : nullptr;
@@ -112,7 +128,7 @@ void KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
 
 KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItemPtr& item, std::uint32_t index,
                                                          bool* keysChanged) {
-  Entry entry{item.get(), item->peopleListGroup(), nullptr, nullptr, nullptr, 0, item->isGroup(), index};
+  Entry entry{item.get(), item->peopleListGroup(), nullptr, nullptr, 0, 0, nullptr, 0, item->isGroup(), index};
   if (entry.isGroup) return entry;
   const platform::IMHandle* handle = handleOf(*item);
   entry.handle = handle;
@@ -120,6 +136,8 @@ KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItem
   const auto& keys = handle->nameSortKeys(_collationGeneration, _nameStyle);
   entry.first = &keys.first;
   entry.last = &keys.last;
+  entry.firstPrefix = keyPrefix(keys.first);
+  entry.lastPrefix = keyPrefix(keys.last);
   auto& cache = item->sortCache();
   if (cache.handle != handle || cache.keysVersion != keys.version) {
     cache.handle = handle;
@@ -135,8 +153,8 @@ std::int64_t KibPeopleListSorter::compare(const Entry& a, const Entry& b) {
   if (b.isGroup) return 1;
   // Status (more available first), first names, last names, handle address.
   if (a.rank != b.rank) return a.rank > b.rank ? -1 : 1;
-  if (int first = compareBytes(*a.first, *b.first)) return first;
-  if (int second = compareBytes(*a.last, *b.last)) return second;
+  if (int first = comparePrefixed(a.firstPrefix, *a.first, b.firstPrefix, *b.first)) return first;
+  if (int second = comparePrefixed(a.lastPrefix, *a.last, b.lastPrefix, *b.last)) return second;
   if (a.handle == b.handle) return 0;
   return std::less<const void*>()(a.handle, b.handle) ? -1 : 1;
 }

@@ -61,6 +61,9 @@ class KibPeopleListSorter {
     const KibPeopleListGroup* group;
     const std::string* first;  // the handle's name keys
     const std::string* last;
+    // Their first bytes, so that most comparisons read no key (see keyPrefix).
+    std::uint64_t firstPrefix;
+    std::uint64_t lastPrefix;
     const void* handle;
     int rank;
     bool isGroup;

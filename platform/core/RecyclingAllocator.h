@@ -13,7 +13,7 @@ namespace platform {
 template <std::size_t Size, std::size_t Alignment>
 class RecycledBlocks {
  public:
-  static constexpr std::size_t kKeptBytes = std::size_t{8} << 20;
+  static constexpr std::size_t kKeptBytes = std::size_t{64} << 20;
 
   static void* take() {
     Stack& stack = stackOfThisThread();
@@ -50,10 +50,10 @@ class RecycledBlocks {
 };
 
 #if defined(__SANITIZE_ADDRESS__)
-#define PLATFORM_RECYCLES_BLOCKS 1
+#define PLATFORM_RECYCLES_BLOCKS 0
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define PLATFORM_RECYCLES_BLOCKS 1
+#define PLATFORM_RECYCLES_BLOCKS 0
 #endif
 #endif
 #ifndef PLATFORM_RECYCLES_BLOCKS
