@@ -89,13 +89,16 @@ class Checker {
 
   std::string string(const json& object, const std::string& key, const std::string& path, std::string fallback) const {
     const auto* value = find(object, key);
-    return value ? string(*value, member(path, key)) : fallback;
+    if (!value) return fallback;
+    if (!value->is_string()) wrongType(*value, member(path, key), "a string");
+    return value->get<std::string>();
   }
 
   std::string requiredString(const json& object, const std::string& key, const std::string& path) const {
     const auto* value = find(object, key);
     if (!value) fail(member(path, key), "missing (required)");
-    auto text = string(*value, member(path, key));
+    if (!value->is_string()) wrongType(*value, member(path, key), "a string");
+    auto text = value->get<std::string>();
     if (text.empty()) fail(member(path, key), "must not be empty");
     return text;
   }
@@ -239,6 +242,8 @@ class Registry {
     return inserted ? nullptr : &found->second;
   }
 
+  void reserve(std::size_t count) { places_.reserve(count); }
+
  private:
   std::unordered_map<std::string, Place> places_;
 };
@@ -372,6 +377,8 @@ class ScenarioReader {
     };
     const auto& items = checker_.array(*list, "$.people");
     scenario_.people.reserve(items.size());
+    ids.reserve(items.size());
+    handles.reserve(items.size());
     for (std::size_t i = 0; i < items.size(); ++i) {
       auto path = element("$.people", i);
       const auto& item = checker_.object(items[i], path, {"id", "firstName", "lastName", "emails", "handles"});
