@@ -32,9 +32,10 @@ double now() { return platform::Clock::current().now(); }
 
 }  // namespace
 
-std::shared_ptr<SimWorld> SimWorld::make(Scenario scenario) {
+std::shared_ptr<SimWorld> SimWorld::make(Scenario scenario, ScenarioPeople people) {
   auto world = std::make_shared<SimWorld>(std::move(scenario));
   world->build();
+  if (people == ScenarioPeople::Released) std::vector<ScenarioPerson>().swap(world->scenario_.people);
   return world;
 }
 
