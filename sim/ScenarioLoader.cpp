@@ -360,7 +360,8 @@ class ScenarioReader {
       if (const auto* nowPlaying = checker_.find(item, "nowPlaying"))
         account.nowPlaying = checker_.string(*nowPlaying, member(path, "nowPlaying"));
       addUnique(checker_, ids, "account id", account.id, account.id, member(path, "id"));
-      addUnique(checker_, logins, "login", account.service + "\n" + platform::IMNameCollation::normalizeID(account.login),
+      addUnique(checker_, logins, "login",
+                account.service + "\n" + platform::IMNameCollation::normalizeID(account.login),
                 account.login + " on " + account.service, member(path, "login"));
       scenario_.accounts.push_back(std::move(account));
     }

@@ -69,7 +69,8 @@ class TranscriptTest : public kibtest::PlatformTest {};
 TEST_F(TranscriptTest, AnArrayWrittenElementByElementIsTheLineTheWholeArrayMakes) {
   const std::vector<Transcript::Fields> arrays = {
       Transcript::Fields::array(),
-      {{{"index", 0}, {"title", "Zoë \"Z\" \\ Ｓａｍ"}, {"represented", nullptr}}, {{"index", 1}, {"separator", true}}},
+      {{{"index", 0}, {"title", "Zoë \"Z\" \\ Ｓａｍ"}, {"represented", nullptr}},
+       {{"index", 1}, {"separator", true}}},
       {"invalid \xff UTF-8", 1.5, -0.0, Transcript::Fields::object(), Transcript::Fields::array()},
   };
   for (const auto& array : arrays) {
@@ -77,7 +78,8 @@ TEST_F(TranscriptTest, AnArrayWrittenElementByElementIsTheLineTheWholeArrayMakes
       std::ostringstream whole, streamed;
       Transcript wholeTranscript(whole), streamedTranscript(streamed);
       std::vector<Transcript::Fields> seen;
-      if (observed) streamedTranscript.setLineObserver([&seen](const Transcript::Fields& line) { seen.push_back(line); });
+      if (observed)
+        streamedTranscript.setLineObserver([&seen](const Transcript::Fields& line) { seen.push_back(line); });
       advance(0.25);
       wholeTranscript.write("menu", {{"items", array}});
       streamedTranscript.writeWithArray("menu", "items", array.size(),
