@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 
 #include "platform/core/Object.h"
 #include "platform/ui/Menu.h"
@@ -19,6 +20,9 @@ class MenuJSON {
   // An object's description on one line, with any memory address left out
   // (transcripts must not differ between runs); null for nil.
   static nlohmann::ordered_json object(const platform::Object* object);
+  // The text object() gives for a description: every address (":? ?0x<hex digits>") left out, then
+  // every run of white space (of the C locale) made one space, none left at either end.
+  static std::string oneLineDescription(std::string_view description);
 };
 
 }  // namespace kibhost

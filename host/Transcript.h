@@ -17,7 +17,12 @@ class Transcript {
   // Times are measured from the clock's now.
   explicit Transcript(std::ostream& out);
 
-  void write(const std::string& type, const Fields& fields = Fields::object());
+  void write(const std::string& type, Fields fields = Fields::object());
+  // The line write(type, {{key, [element(0), …, element(count - 1)]}}) writes, without holding the
+  // whole array unless a line observer takes it: a menu of many people has tens of thousands of items.
+  // key is neither "t" nor "type".
+  void writeWithArray(const std::string& type, const std::string& key, std::size_t count,
+                      const std::function<Fields(std::size_t)>& element);
   double elapsed() const;
   // Also hands every line to the observer (the terminal's list of what happened).
   void setLineObserver(std::function<void(const Fields& line)> observer) { observer_ = std::move(observer); }
@@ -25,6 +30,8 @@ class Transcript {
   static double rounded(double seconds);
 
  private:
+  Fields lineStart(const std::string& type) const;
+
   std::ostream& out_;
   double start_;
   std::function<void(const Fields& line)> observer_;

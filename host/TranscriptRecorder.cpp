@@ -175,7 +175,10 @@ void TranscriptRecorder::recordPicture(const SlotPicture& picture) {
 
 void TranscriptRecorder::menuDidOpen(const platform::MenuPtr& menu) {
   openMenu_ = menu;
-  transcript_.write("menu", {{"items", MenuJSON::items(*menu)}});
+  const auto& items = menu->itemArray();
+  transcript_.writeWithArray("menu", "items", items.size(), [&items](std::size_t index) {
+    return MenuJSON::item(*items[index], static_cast<std::int64_t>(index));
+  });
   if (follower_) follower_->menuDidOpen(menu);
 }
 

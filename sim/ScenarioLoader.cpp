@@ -5,6 +5,7 @@
 #include <cstring>
 #include <set>
 #include <sstream>
+#include <unordered_map>
 
 #include "platform/core/InputFile.h"
 #include "platform/core/JSONSerialization.h"
@@ -88,13 +89,16 @@ class Checker {
 
   std::string string(const json& object, const std::string& key, const std::string& path, std::string fallback) const {
     const auto* value = find(object, key);
-    return value ? string(*value, member(path, key)) : fallback;
+    if (!value) return fallback;
+    if (!value->is_string()) wrongType(*value, member(path, key), "a string");
+    return value->get<std::string>();
   }
 
   std::string requiredString(const json& object, const std::string& key, const std::string& path) const {
     const auto* value = find(object, key);
     if (!value) fail(member(path, key), "missing (required)");
-    auto text = string(*value, member(path, key));
+    if (!value->is_string()) wrongType(*value, member(path, key), "a string");
+    auto text = value->get<std::string>();
     if (text.empty()) fail(member(path, key), "must not be empty");
     return text;
   }
@@ -226,22 +230,33 @@ const std::map<std::string, std::uint64_t>& vcCapabilityNames() {
   return names;
 }
 
-// Where each ID was first defined, for duplicate messages.
+// Where each ID was first defined, for duplicate messages. A place is whatever
+// the caller can turn into a JSON path: big files define tens of thousands of IDs,
+// and only a duplicate needs its path written out.
+template <class Place>
 class Registry {
  public:
-  explicit Registry(const Checker& checker, std::string what) : checker_(checker), what_(std::move(what)) {}
-
-  void add(const std::string& key, const std::string& shown, const std::string& path) {
-    auto [found, inserted] = places_.emplace(key, path);
-    if (!inserted)
-      checker_.fail(path, "duplicate " + what_ + " " + inQuotes(shown) + " (first at " + found->second + ")");
+  // The place where key was defined before, or null when it is new.
+  const Place* add(std::string key, Place place) {
+    auto [found, inserted] = places_.try_emplace(std::move(key), std::move(place));
+    return inserted ? nullptr : &found->second;
   }
 
+  void reserve(std::size_t count) { places_.reserve(count); }
+
  private:
-  const Checker& checker_;
-  std::string what_;
-  std::map<std::string, std::string> places_;
+  std::unordered_map<std::string, Place> places_;
 };
+
+[[noreturn]] void failDuplicate(const Checker& checker, const std::string& path, const std::string& what,
+                                const std::string& shown, const std::string& firstPath) {
+  checker.fail(path, "duplicate " + what + " " + inQuotes(shown) + " (first at " + firstPath + ")");
+}
+
+void addUnique(const Checker& checker, Registry<std::string>& registry, const std::string& what,
+               const std::string& key, const std::string& shown, const std::string& path) {
+  if (const auto* first = registry.add(key, path)) failDuplicate(checker, path, what, shown, *first);
+}
 
 // Groups as names or {"name", "sortOrder"} objects; shared with the event reader.
 void readGroupList(const Checker& checker, const json& value, const std::string& path, std::vector<std::string>& groups,
@@ -296,7 +311,7 @@ class ScenarioReader {
   void readServices() {
     const auto* list = checker_.find(root_, "services");
     if (!list) return;
-    Registry names(checker_, "service name"), internalNames(checker_, "service internal name");
+    Registry<std::string> names, internalNames;
     const auto& items = checker_.array(*list, "$.services");
     for (std::size_t i = 0; i < items.size(); ++i) {
       auto path = element("$.services", i);
@@ -310,8 +325,9 @@ class ScenarioReader {
       service.persistent = checker_.boolean(item, "persistent", path, true);
       if (const auto* status = checker_.find(item, "status"))
         service.status = checker_.status(*status, member(path, "status"));
-      names.add(service.name, service.name, member(path, "name"));
-      internalNames.add(service.internalName, service.internalName, member(path, "internalName"));
+      addUnique(checker_, names, "service name", service.name, service.name, member(path, "name"));
+      addUnique(checker_, internalNames, "service internal name", service.internalName, service.internalName,
+                member(path, "internalName"));
       scenario_.services.push_back(std::move(service));
     }
   }
@@ -319,7 +335,7 @@ class ScenarioReader {
   void readAccounts() {
     const auto* list = checker_.find(root_, "accounts");
     if (!list) return;
-    Registry ids(checker_, "account id"), logins(checker_, "login");
+    Registry<std::string> ids, logins;
     const auto& items = checker_.array(*list, "$.accounts");
     for (std::size_t i = 0; i < items.size(); ++i) {
       auto path = element("$.accounts", i);
@@ -343,9 +359,10 @@ class ScenarioReader {
       account.invisible = checker_.boolean(item, "invisible", path, false);
       if (const auto* nowPlaying = checker_.find(item, "nowPlaying"))
         account.nowPlaying = checker_.string(*nowPlaying, member(path, "nowPlaying"));
-      ids.add(account.id, account.id, member(path, "id"));
-      logins.add(account.service + "\n" + platform::IMNameCollation::normalizeID(account.login),
-                 account.login + " on " + account.service, member(path, "login"));
+      addUnique(checker_, ids, "account id", account.id, account.id, member(path, "id"));
+      addUnique(checker_, logins, "login",
+                account.service + "\n" + platform::IMNameCollation::normalizeID(account.login),
+                account.login + " on " + account.service, member(path, "login"));
       scenario_.accounts.push_back(std::move(account));
     }
   }
@@ -353,24 +370,36 @@ class ScenarioReader {
   void readPeople() {
     const auto* list = checker_.find(root_, "people");
     if (!list) return;
-    Registry ids(checker_, "person id"), handles(checker_, "handle");
+    // People by index, handles by (person, handle) index.
+    Registry<std::size_t> ids;
+    Registry<std::pair<std::size_t, std::size_t>> handles;
+    auto handlePath = [](std::size_t person, std::size_t handle) {
+      return member(element(member(element("$.people", person), "handles"), handle), "id");
+    };
     const auto& items = checker_.array(*list, "$.people");
+    scenario_.people.reserve(items.size());
+    ids.reserve(items.size());
+    handles.reserve(items.size());
     for (std::size_t i = 0; i < items.size(); ++i) {
       auto path = element("$.people", i);
       const auto& item = checker_.object(items[i], path, {"id", "firstName", "lastName", "emails", "handles"});
       ScenarioPerson person;
       person.id = checker_.requiredString(item, "id", path);
-      ids.add(person.id, person.id, member(path, "id"));
+      if (const auto* first = ids.add(person.id, i))
+        failDuplicate(checker_, member(path, "id"), "person id", person.id, member(element("$.people", *first), "id"));
       person.firstName = checker_.string(item, "firstName", path, "");
       person.lastName = checker_.string(item, "lastName", path, "");
       person.emails = checker_.strings(item, "emails", path);
       if (const auto* handleList = checker_.find(item, "handles")) {
         auto handlesPath = member(path, "handles");
         const auto& entries = checker_.array(*handleList, handlesPath);
+        person.handles.reserve(entries.size());
         for (std::size_t h = 0; h < entries.size(); ++h) {
           auto handle = readHandle(entries[h], element(handlesPath, h));
-          handles.add(handle.account + "\n" + platform::IMNameCollation::normalizeID(handle.id),
-                      handle.id + " on account " + handle.account, member(element(handlesPath, h), "id"));
+          if (const auto* first =
+                  handles.add(handle.account + "\n" + platform::IMNameCollation::normalizeID(handle.id), {i, h}))
+            failDuplicate(checker_, handlePath(i, h), "handle", handle.id + " on account " + handle.account,
+                          handlePath(first->first, first->second));
           person.handles.push_back(std::move(handle));
         }
       }
@@ -494,27 +523,33 @@ std::string syntaxProblem(const json::parse_error& error) {
   return "syntax error " + text;
 }
 
-}  // namespace
-
-Scenario ScenarioLoader::loadFile(const std::filesystem::path& path) {
-  auto file = platform::InputFile::read(path);
-  if (!file.ok()) throw ScenarioError(path.string() + ": " + file.problem());
-  return parse(file.text, path.string());
-}
-
-Scenario ScenarioLoader::parse(const std::string& text, const std::string& source) {
+json parseDocument(const std::string& text, const std::string& source) {
   using platform::JSONSerialization;
   if (auto problem = JSONSerialization::findLimitProblem(text))
     throw ScenarioError(source + ": " + JSONSerialization::placeOfOffset(text, problem->offset) + ": " +
                         problem->message);
-  json root;
   try {
-    root = json::parse(text);
+    return json::parse(text);
   } catch (const json::parse_error& error) {
     std::size_t offset = error.byte > 0 ? error.byte - 1 : 0;
     throw ScenarioError(source + ": " + JSONSerialization::placeOfOffset(text, offset) + ": " + syntaxProblem(error));
   }
+}
+
+}  // namespace
+
+Scenario ScenarioLoader::loadFile(const std::filesystem::path& path) {
+  auto file = platform::InputFile::read(path);
+  const auto source = path.string();
+  if (!file.ok()) throw ScenarioError(source + ": " + file.problem());
+  const auto root = parseDocument(file.text, source);
+  // Only messages about the syntax need the text: a big file is not kept beside its document.
+  std::string().swap(file.text);
   return ScenarioReader(root, source).read();
+}
+
+Scenario ScenarioLoader::parse(const std::string& text, const std::string& source) {
+  return ScenarioReader(parseDocument(text, source), source).read();
 }
 
 const std::string& ScenarioLoader::defaultScenarioText() {

@@ -32,9 +32,10 @@ double now() { return platform::Clock::current().now(); }
 
 }  // namespace
 
-std::shared_ptr<SimWorld> SimWorld::make(Scenario scenario) {
+std::shared_ptr<SimWorld> SimWorld::make(Scenario scenario, ScenarioPeople people) {
   auto world = std::make_shared<SimWorld>(std::move(scenario));
   world->build();
+  if (people == ScenarioPeople::Released) std::vector<ScenarioPerson>().swap(world->scenario_.people);
   return world;
 }
 
@@ -98,6 +99,12 @@ void SimWorld::buildAccounts() {
 }
 
 void SimWorld::buildPeople() {
+  std::size_t handles = 0;
+  for (const auto& entry : scenario_.people) handles += entry.handles.size();
+  buddies_.reserve(buddies_.size() + handles);
+  std::map<std::string, std::string> normalizedLogins;
+  for (const auto& [id, account] : accounts_)
+    normalizedLogins[id] = platform::IMNameCollation::normalizeID(account->login());
   for (const auto& entry : scenario_.people) {
     auto person = platform::IMPerson::make(entry.id, entry.firstName, entry.lastName);
     person->setEmails(entry.emails);
@@ -113,7 +120,7 @@ void SimWorld::buildPeople() {
       handle->setMobileDeviceName(h.mobile);
       handle->setCapabilities(h.audio, h.video, h.conference);
       handle->setBlocked(h.blocked);
-      if (platform::IMNameCollation::normalizeID(h.id) == platform::IMNameCollation::normalizeID(account->login()))
+      if (platform::IMNameCollation::normalizeID(h.id) == normalizedLogins.at(h.account))
         handle->setIsLoginIMHandle(true);
       Buddy buddy{h.account, handle, h.status, h.message, std::nullopt};
       if (h.status == platform::kIMPersonStatusIdle) buddy.idleSince = now() - h.idle;

@@ -28,11 +28,16 @@ namespace sim {
 // is when the account logs in again.
 class SimWorld final : public platform::Object {
  public:
-  static std::shared_ptr<SimWorld> make(Scenario scenario);
+  // What the world keeps of its scenario's people once it has built its buddies from them:
+  // a frontend that lists the scenario's people keeps them; a headless run lets them go, since a
+  // big world's people take tens of MiB beside the handles made from them.
+  enum class ScenarioPeople { Kept, Released };
+  static std::shared_ptr<SimWorld> make(Scenario scenario, ScenarioPeople people = ScenarioPeople::Kept);
   // The built-in scenario.
   static std::shared_ptr<SimWorld> makeDefault();
   ~SimWorld() override;
 
+  // Without its people when they were released.
   const Scenario& scenario() const { return scenario_; }
 
   void start();

@@ -2,6 +2,8 @@
 
 #include <unicode/unistr.h>
 
+#include <algorithm>
+
 #include "platform/core/TextServices.h"
 
 namespace platform {
@@ -20,6 +22,14 @@ int IMNameCollation::compareNames(std::string_view a, std::string_view b) {
 std::string IMNameCollation::sortKey(std::string_view name) { return TextServices::localizedSortKey(name); }
 
 std::string IMNameCollation::normalizeID(std::string_view ID) {
+  // Most IDs are ASCII, where case folding is lowering A to Z: no ICU round trip for them.
+  if (std::all_of(ID.begin(), ID.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+    std::string result;
+    result.reserve(ID.size());
+    for (const char c : ID)
+      if (c != ' ') result += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+    return result;
+  }
   auto text = unicode(ID).foldCase();
   text.findAndReplace(icu::UnicodeString(u" "), icu::UnicodeString());
   std::string result;

@@ -10,9 +10,7 @@ namespace platform {
 
 IMPeoplePtr IMPeople::make(std::string name) { return std::make_shared<IMPeople>(std::move(name)); }
 
-bool IMPeople::containsIMHandle(const IMHandle* handle) const {
-  return std::any_of(people_.begin(), people_.end(), [handle](const IMHandlePtr& h) { return h.get() == handle; });
-}
+bool IMPeople::containsIMHandle(const IMHandle* handle) const { return members_.count(handle) != 0; }
 
 IMHandlePtr IMPeople::imHandleWithID(const std::string& ID) const {
   auto wanted = IMNameCollation::normalizeID(ID);
@@ -22,7 +20,7 @@ IMHandlePtr IMPeople::imHandleWithID(const std::string& ID) const {
 }
 
 void IMPeople::addIMHandle(const IMHandlePtr& handle) {
-  if (!handle || containsIMHandle(handle.get())) return;
+  if (!handle || !members_.insert(handle.get()).second) return;
   people_.push_back(handle);
   postChanged();
 }
@@ -33,6 +31,7 @@ void IMPeople::removeIMHandle(const IMHandle* handle) {
   if (found == people_.end()) return;
   auto keepAlive = *found;
   people_.erase(found);
+  members_.erase(handle);
   postChanged();
 }
 
@@ -40,6 +39,7 @@ void IMPeople::removeAllIMHandles() {
   if (people_.empty()) return;
   auto keepAlive = std::move(people_);
   people_.clear();
+  members_.clear();
   postChanged();
 }
 

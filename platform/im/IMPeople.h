@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/im/IMDirectlyObservableObject.h"
@@ -38,6 +39,8 @@ class IMPeople final : public IMDirectlyObservableObject {
 
   std::string name_;
   std::vector<IMHandlePtr> people_;
+  // The same handles, for membership tests: a world of tens of thousands of buddies asks once per handle.
+  std::unordered_set<const IMHandle*> members_;
 };
 
 }  // namespace platform

@@ -323,3 +323,28 @@ TEST_F(SimWorldTest, AnAccountsNowPlayingTextIsFilledInOnlyWhenAbsent) {
     EXPECT_EQ(world->account("aim")->myNowPlayingString(), c.expected) << (c.nowPlayingField ? c.nowPlayingField : "");
   }
 }
+
+namespace {
+
+TEST_F(SimWorldTest, AWorldThatReleasesItsScenarioPeopleStillKnowsAndMovesEveryBuddy) {
+  const auto scenario = sim::ScenarioLoader::parse(simtest::kSmallScenario, "small.json");
+  std::size_t handles = 0;
+  for (const auto& person : scenario.people) handles += person.handles.size();
+  ASSERT_GT(handles, 1u);
+  world.reset();
+  world = SimWorld::make(scenario, SimWorld::ScenarioPeople::Released);
+  EXPECT_TRUE(world->scenario().people.empty());
+  EXPECT_EQ(world->scenario().accounts.size(), scenario.accounts.size());
+  EXPECT_EQ(world->scenario().events.size(), scenario.events.size());
+  for (const auto& person : scenario.people)
+    for (const auto& handle : person.handles) {
+      auto mirror = world->handle(handle.account, handle.id);
+      ASSERT_NE(mirror, nullptr) << handle.id;
+      ASSERT_NE(mirror->person(), nullptr) << handle.id;
+      EXPECT_EQ(mirror->person()->firstName(), person.firstName) << handle.id;
+    }
+  ASSERT_TRUE(world->apply(SimEvent::buddyOffline("aim", "janedoe")));
+  EXPECT_EQ(jane()->status(), kIMPersonStatusOffline);
+}
+
+}  // namespace

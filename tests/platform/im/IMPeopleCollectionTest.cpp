@@ -91,13 +91,25 @@ TEST_F(IMPeopleCollectionTest, ListsChangeMembershipAndLookUpByNormalizedID) {
   auto extra = IMHandle::make(home, "Big Bird");
   imtest::RecordingObserver observer;
   list.addObserver(&observer);
+  auto lookalike = IMHandle::make(home, "Big Bird");
+  const auto before = list.count();
   list.addIMHandle(extra);
   list.addIMHandle(extra);
+  EXPECT_EQ(list.count(), before + 1);
+  EXPECT_TRUE(list.containsIMHandle(extra.get()));
+  EXPECT_FALSE(list.containsIMHandle(lookalike.get())) << "membership is by identity";
   EXPECT_EQ(list.imHandleWithID("bigbird"), extra);
   EXPECT_EQ(list.imHandleWithID("nobody"), nullptr);
   list.removeIMHandle(extra.get());
+  EXPECT_FALSE(list.containsIMHandle(extra.get()));
   list.removeIMHandle(extra.get());
+  auto kept = list.people();
+  ASSERT_FALSE(kept.empty());
   list.removeAllIMHandles();
   EXPECT_EQ(list.count(), 0u);
-  EXPECT_EQ(observer.names, (std::vector<std::string>(3, IMPeopleListChangedNotification)));
+  for (const auto& handle : kept) EXPECT_FALSE(list.containsIMHandle(handle.get())) << handle->ID();
+  list.addIMHandle(extra);
+  EXPECT_TRUE(list.containsIMHandle(extra.get())) << "a handle taken out can come back";
+  list.removeAllIMHandles();
+  EXPECT_EQ(observer.names, (std::vector<std::string>(5, IMPeopleListChangedNotification)));
 }
