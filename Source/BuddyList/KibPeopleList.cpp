@@ -80,11 +80,9 @@ KibPeopleList::~KibPeopleList() {
   _offlineGroup.reset();
 
   // Items still alive elsewhere must not call a list that is gone: neither as
-  // observer nor, for the group headers, which are not in the item registry,
-  // as delegate.
-  for (const auto& [address, weakItem] : _observedItems)
-    if (auto item = weakItem.lock()) item->removeObserver(this);
-  _observedItems.clear();
+  // observer (the list observes person items only, all in the item registry)
+  // nor, for the group headers, which are not in the registry, as delegate.
+  KibPeopleListItem::removeObserverFromEveryItem(this);
   for (const Groups* groups : {&_itemsToCleanup, &_peopleListGroups, &_smartGroups})
     for (const auto& group : *groups)
       if (const auto& header = group->peopleListItem()) header->setDelegate(nullptr);
@@ -159,22 +157,11 @@ kib::KibSortParameters KibPeopleList::KibSortParameters() const {
 // Item observation and notifications.
 
 void KibPeopleList::_observePeopleListItem(const KibPeopleListItemPtr& item) {
-  if (!item) return;
-  item->addObserver(this);
-  _observedItems[item.get()] = item;
+  if (item) item->addObserver(this);
 }
 
 void KibPeopleList::_unobservePeopleListItem(const KibPeopleListItemPtr& item) {
-  if (!item) return;
-  item->removeObserver(this);
-  _observedItems.erase(item.get());
-}
-
-void KibPeopleList::forgetDeadObservedItems() {
-  // Only teardown reads the map; pruning it once it has doubled keeps the cost per rebuild constant.
-  if (_observedItems.size() < 2 * _observedItemsAfterPruning + 64) return;
-  std::erase_if(_observedItems, [](const auto& entry) { return entry.second.expired(); });
-  _observedItemsAfterPruning = _observedItems.size();
+  if (item) item->removeObserver(this);
 }
 
 void KibPeopleList::objectDidPostDirectNotification(const platform::NotificationPtr& notification) {

@@ -277,7 +277,6 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   void rebuildGroupedItems();
   void rebuildFlatItems();
   void fileOfflineCopyOf(const KibPeopleListItemPtr& item);
-  void forgetDeadObservedItems();
 
   // Resorts that only note changed statuses (KibPeopleListResort.cpp).
   bool canNoteResort();
@@ -358,11 +357,6 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // Rows that came into view at the last noted resort; the next one takes their delegate.
   Items _shownAtLastResort;
   KibPeopleListSorter::EarlierState _resortedState;
-
-  // Every item the list observes, so that teardown can stop observing items
-  // that left its collections while someone else still holds them.
-  std::unordered_map<const KibPeopleListItem*, std::weak_ptr<KibPeopleListItem>> _observedItems;
-  std::size_t _observedItemsAfterPruning = 0;
 
   mutable std::vector<std::optional<std::string>> _foldedSearchTerms;
   mutable std::string _foldedSearchTermsText;

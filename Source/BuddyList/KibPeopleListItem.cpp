@@ -164,6 +164,10 @@ void KibPeopleListItem::clearAllWeakGroupReferencesTo(const KibPeopleListGroup* 
     if (item->_group == group) item->setPeopleListGroup(nullptr);
 }
 
+void KibPeopleListItem::removeObserverFromEveryItem(platform::IMDirectlyObservableObjectObserver* observer) {
+  for (auto* item : registry()) item->removeObserver(observer);
+}
+
 bool KibPeopleListItem::isRegistered(const KibPeopleListItem* item) {
   // By address: the item may be gone.
   const auto& items = registry();

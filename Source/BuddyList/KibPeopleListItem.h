@@ -122,6 +122,7 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   // The registry of live person items.
   static void clearAllWeakReferencesTo(const platform::Object* delegate);
   static void clearAllWeakGroupReferencesTo(const KibPeopleListGroup* group);
+  static void removeObserverFromEveryItem(platform::IMDirectlyObservableObjectObserver* observer);
   static bool isRegistered(const KibPeopleListItem* item);
 
   void objectDidPostDirectNotification(const platform::NotificationPtr& notification) override;

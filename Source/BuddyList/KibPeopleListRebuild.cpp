@@ -107,7 +107,6 @@ void KibPeopleList::_rebuildItems() {
   _previousItems = std::move(_items);
   _items.clear();
   _itemsToCleanup.clear();
-  forgetDeadObservedItems();
 
   if (_arrangesByGroup)
     rebuildGroupedItems();
