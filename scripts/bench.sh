@@ -16,7 +16,8 @@ cleanup() {
 trap cleanup EXIT
 
 if [[ "${1:-}" != "--no-build" ]]; then
-  cmake -S . -B "$BUILD" -DCMAKE_BUILD_TYPE=Release -DKIB_BENCHMARKS=ON > /dev/null
+  # Warnings stay warnings here: GCC 12 at -O3 reports a false -Wrestrict in libstdc++.
+  cmake -S . -B "$BUILD" -DCMAKE_BUILD_TYPE=Release -DKIB_BENCHMARKS=ON -DKIB_WERROR=OFF > /dev/null
   cmake --build "$BUILD" -j"$(nproc)" --target bench_people_list bench_extra kibbar > /dev/null
 fi
 

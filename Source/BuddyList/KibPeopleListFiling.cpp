@@ -278,6 +278,11 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
   willChangeDisplayedState();
   dropFilingIndexes();
   beginChanges();
+  // The displayed rows let go first: the items then go in the order they were
+  // filed, not the sorted one, so their memory is given back (and taken by the
+  // next filing) in order.
+  for (const auto& item : _items) item->setDelegate(nullptr);
+  _items.clear();
   for (const auto& item : _peopleListItems) _unobservePeopleListItem(item);
   for (const auto& group : _peopleListGroups) {
     for (const auto& item : group->members()) _unobservePeopleListItem(item);
@@ -286,8 +291,6 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
   if (_offlineGroup) _offlineGroup->removeAllItems();
   _peopleListItems.clear();
   if (alsoGroups) _peopleListGroups.clear();
-  for (const auto& item : _items) item->setDelegate(nullptr);
-  _items.clear();
   if (willLog()) platform::IMAlwaysLog("Removing all IMHandles and groups, no more items");
   _resort();
   endChanges();

@@ -114,6 +114,9 @@ void KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
       cache.unchangedInSort = _sortNumber;
     else
       _changed.push_back(index);
+    // Noted now, while the item is at hand: this sort places every row it sees.
+    cache.placedInSort = _sortNumber;
+    cache.placedRank = entry.rank;
   }
 
   bool placed = _lastWasStrict && oneGroupOfPersons && lastSort != 0 && _changed.size() <= kMostRowsToPlace &&
@@ -183,7 +186,6 @@ void KibPeopleListSorter::fullSort(Items& items, bool oneGroupOfPersons) {
   _lastWasStrict = oneGroupOfPersons;
   for (std::size_t i = 1; i < _entries.size() && _lastWasStrict; ++i)
     _lastWasStrict = compare(_entries[i - 1], _entries[i]) != 0;
-  notePlaced(_entries);
 }
 
 bool KibPeopleListSorter::placeChanged(Items& items, const Items& previous) {
@@ -212,16 +214,7 @@ bool KibPeopleListSorter::placeChanged(Items& items, const Items& previous) {
   for (const auto& entry : _placed) _result.push_back(std::move(items[entry.index]));
   items.swap(_result);
   _result.clear();
-  notePlaced(_placed);
   return true;
-}
-
-void KibPeopleListSorter::notePlaced(const std::vector<Entry>& entries) {
-  for (const auto& entry : entries) {
-    auto& cache = entry.item->sortCache();
-    cache.placedInSort = _lastWasStrict ? _sortNumber : 0;
-    cache.placedRank = entry.rank;
-  }
 }
 
 }  // namespace kib

@@ -78,7 +78,6 @@ class KibPeopleListSorter {
   std::int64_t compareAcrossGroups(const Entry& a, const Entry& b);
   void fullSort(Items& items, bool oneGroupOfPersons);
   bool placeChanged(Items& items, const Items& previous);
-  void notePlaced(const std::vector<Entry>& entries);
 
   KibSortParameters _parameters;
   const EarlierState* _earlier = nullptr;
