@@ -84,7 +84,6 @@ void KibPeopleList::fullResort() {
       KibPeopleListSorter::referenceSort(_items, KibSortParameters());
     else
       _sorter.sort(_items, _previousItems, KibSortParameters());
-    _previousItems.clear();
     if (willLog()) platform::IMAlwaysLog("Items after sort: %@", _items);
     _postResortNotification();
   }

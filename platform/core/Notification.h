@@ -17,6 +17,9 @@ class Notification final : public Object {
   // Borrows the name, which must outlive the notification (a name constant).
   Notification(const std::string* constantName, ObjectPtr object, DictionaryPtr userInfo)
       : name_(constantName), object_(std::move(object)), userInfo_(std::move(userInfo)) {}
+  // A copy would point at the original's name.
+  Notification(const Notification&) = delete;
+  Notification& operator=(const Notification&) = delete;
 
   static std::shared_ptr<Notification> make(std::string name, ObjectPtr object = nullptr,
                                             DictionaryPtr userInfo = nullptr) {
