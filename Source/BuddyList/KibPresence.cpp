@@ -81,8 +81,6 @@ bool KibPresence::addIMHandle(const IMHandlePtr& handle) {
   if (!handle || !canAddIMHandle(handle)) return false;
   if (containsIMHandle(handle.get())) return true;
   informObserversOfWillChange();
-  // Most people have a handle or two.
-  if (_imHandles.empty()) _imHandles.reserve(2);
   _imHandles.push_back(handle);
   _imHandlesSetIsCurrent = false;
   _observeIMHandle(handle);
@@ -280,7 +278,7 @@ std::optional<std::set<std::string>> KibPresence::groups() const {
 
 std::string KibPresence::description() const {
   return platform::format("\n\t\tKibPresence:\n\t\t\tMostAvailable: %@ \n\t\t\tEveryone: {%@}",
-                          _mostAvailableIMHandle, _imHandles);
+                          _mostAvailableIMHandle, std::vector<IMHandlePtr>(_imHandles.begin(), _imHandles.end()));
 }
 
 }  // namespace kib

@@ -9,6 +9,7 @@
 
 #include "Source/BuddyList/FastIMHandleCompareAdditions.h"
 #include "platform/core/Notification.h"
+#include "platform/core/SmallVector.h"
 #include "platform/im/IMDirectlyObservableObject.h"
 #include "platform/im/IMDirectlyObservableObjectObserver.h"
 #include "platform/im/IMForward.h"
@@ -49,7 +50,8 @@ class KibPresence : public platform::IMDirectlyObservableObject,
   bool containsIMHandle(const platform::IMHandlePtr& handle) const { return containsIMHandle(handle.get()); }
   std::int32_t numberOfIMHandles() const;
   // The handles in the order they were added (the live array).
-  const std::vector<platform::IMHandlePtr>& imHandles() const { return _imHandles; }
+  using Handles = platform::SmallVector<platform::IMHandlePtr, 2>;
+  const Handles& imHandles() const { return _imHandles; }
   // Built on first use after a change: only entry comparisons ask for it.
   const IMHandleSet& imHandleSet() const;
   const platform::IMHandlePtr& mostAvailableIMHandle() const { return _mostAvailableIMHandle; }
@@ -125,7 +127,7 @@ class KibPresence : public platform::IMDirectlyObservableObject,
   static platform::DictionaryPtr userInfoForIMHandle(const platform::IMHandlePtr& handle);
 
   platform::IMHandlePtr _mostAvailableIMHandle;
-  std::vector<platform::IMHandlePtr> _imHandles;
+  Handles _imHandles;  // most people have a handle or two
   mutable IMHandleSet _imHandlesSet;
   mutable bool _imHandlesSetIsCurrent = true;
   std::string _statusMessage;

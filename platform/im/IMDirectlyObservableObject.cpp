@@ -34,7 +34,7 @@ void IMDirectlyObservableObject::informObserversOfNotification(const Notificatio
     std::copy(observers_.begin(), observers_.end(), inlineSnapshot.begin());
     snapshot = std::span(inlineSnapshot.data(), observers_.size());
   } else {
-    heapSnapshot = observers_;
+    heapSnapshot.assign(observers_.begin(), observers_.end());
     snapshot = heapSnapshot;
   }
   for (auto* observer : snapshot)

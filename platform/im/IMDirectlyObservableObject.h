@@ -7,6 +7,7 @@
 #include "platform/core/Dictionary.h"
 #include "platform/core/Notification.h"
 #include "platform/core/Object.h"
+#include "platform/core/SmallVector.h"
 #include "platform/im/IMDirectlyObservableObjectObserver.h"
 
 namespace platform {
@@ -22,7 +23,8 @@ class IMDirectlyObservableObject : public Object {
   void addObserver(IMDirectlyObservableObjectObserver* observer);
   void removeObserver(IMDirectlyObservableObjectObserver* observer);
   bool hasObserver(const IMDirectlyObservableObjectObserver* observer) const;
-  const std::vector<IMDirectlyObservableObjectObserver*>& observers() const { return observers_; }
+  using Observers = SmallVector<IMDirectlyObservableObjectObserver*, 2>;
+  const Observers& observers() const { return observers_; }
 
   // Delivers the notification to every observer, in order.
   void informObserversOfNotification(const NotificationPtr& notification);
@@ -34,7 +36,8 @@ class IMDirectlyObservableObject : public Object {
   std::string className() const override { return "IMDirectlyObservableObject"; }
 
  private:
-  std::vector<IMDirectlyObservableObjectObserver*> observers_;
+  // Most objects have one observer or two.
+  Observers observers_;
 };
 
 using IMDirectlyObservableObjectPtr = std::shared_ptr<IMDirectlyObservableObject>;

@@ -1,3 +1,4 @@
+#include "platform/core/Prefetch.h"
 #include "platform/im/IMHandle.h"
 
 #include <algorithm>
@@ -131,6 +132,13 @@ int IMHandle::compareLastNames(const IMHandle* other) const {
   return IMNameCollation::compareNames(mine.empty() ? name() : mine, theirs.empty() ? other->name() : theirs);
 }
 
+void IMHandle::prefetchNameSortKeys() const { prefetch(&nameSortKeys_, sizeof(nameSortKeys_)); }
+
+void IMHandle::prefetchNameSortKeyBytes() const {
+  prefetch(nameSortKeys_.first.data());
+  prefetch(nameSortKeys_.last.data());
+}
+
 const IMHandle::NameSortKeys& IMHandle::nameSortKeys() const {
   return nameSortKeys(TextServices::collationGeneration(), IMHandleRegistrar::sharedInstance()->nameStyle());
 }
@@ -162,7 +170,7 @@ const IMHandle::NameSortKeys& IMHandle::nameSortKeys(std::uint64_t generation, s
   return keys;
 }
 
-IMHandlePtr IMHandle::bestIMHandleInArray(const std::vector<IMHandlePtr>& handles) {
+IMHandlePtr IMHandle::bestIMHandleInArray(std::span<const IMHandlePtr> handles) {
   IMHandlePtr best;
   for (const auto& handle : handles) {
     if (!handle) continue;

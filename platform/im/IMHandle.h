@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -111,6 +112,10 @@ class IMHandle final : public IMDirectlyObservableObject {
     bool made = false;
   };
   const NameSortKeys& nameSortKeys() const;
+  // Start loading the kept keys, for loops over many handles: the keys'
+  // place in the handle, then (once that is loaded) their bytes.
+  void prefetchNameSortKeys() const;
+  void prefetchNameSortKeyBytes() const;
   // The same for a collation generation and name style the caller read already.
   const NameSortKeys& nameSortKeys(std::uint64_t collationGeneration, std::uint32_t nameStyle) const;
   int compareFirstNames(const IMHandlePtr& other) const { return compareFirstNames(other.get()); }
@@ -118,7 +123,7 @@ class IMHandle final : public IMDirectlyObservableObject {
 
   // The most available handle (IMComparePersonStatus), the first in the array
   // on a tie; nil for an empty array. Nil entries are skipped.
-  static IMHandlePtr bestIMHandleInArray(const std::vector<IMHandlePtr>& handles);
+  static IMHandlePtr bestIMHandleInArray(std::span<const IMHandlePtr> handles);
 
   // Backend setters. Each posts only when something changed.
   // Status, message and idle time together: one status notification.

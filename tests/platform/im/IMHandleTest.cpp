@@ -140,12 +140,13 @@ TEST_F(IMHandleTest, BestHandleIsTheMostAvailableAndTheFirstOnATie) {
   auto noStatus = handleWithStatus(kIMPersonStatusNoStatus, "n");
   auto available = handleWithStatus(kIMPersonStatusAvailable, "v");
 
-  EXPECT_EQ(IMHandle::bestIMHandleInArray({}), nullptr);
-  EXPECT_EQ(IMHandle::bestIMHandleInArray({nullptr}), nullptr);
-  EXPECT_EQ(IMHandle::bestIMHandleInArray({idle, away1, away2}), away1);
-  EXPECT_EQ(IMHandle::bestIMHandleInArray({away2, nullptr, away1}), away2);
-  EXPECT_EQ(IMHandle::bestIMHandleInArray({offline, noStatus}), noStatus);
-  EXPECT_EQ(IMHandle::bestIMHandleInArray({offline, away1, available, idle}), available);
+  auto best = [](std::vector<IMHandlePtr> handles) { return IMHandle::bestIMHandleInArray(handles); };
+  EXPECT_EQ(best({}), nullptr);
+  EXPECT_EQ(best({nullptr}), nullptr);
+  EXPECT_EQ(best({idle, away1, away2}), away1);
+  EXPECT_EQ(best({away2, nullptr, away1}), away2);
+  EXPECT_EQ(best({offline, noStatus}), noStatus);
+  EXPECT_EQ(best({offline, away1, available, idle}), available);
 }
 
 TEST_F(IMHandleTest, NamesFollowTheRegistrarsNameStyle) {
