@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <functional>
+#include <string_view>
 
 #include "Source/BuddyList/KibNotifications.h"
 #include "platform/core/Log.h"
+#include "platform/core/Prefetch.h"
 #include "platform/core/TextServices.h"
 #include "platform/im/IMHandle.h"
 #include "platform/im/IMHandleRegistrar.h"
@@ -21,11 +23,6 @@ bool isListOrder(const KibSortParameters& parameters) {
          parameters.sortKeys[2] == kKibSortKeyHandle && parameters.currentKey == 0 && !parameters.usesManualOrder;
 }
 
-int compareBytes(const std::string& a, const std::string& b) {
-  int result = a.compare(b);
-  return (result > 0) - (result < 0);
-}
-
 // The key's first eight bytes as a big-endian number, zero-padded. Two keys
 // whose prefixes differ compare as their prefixes do (a shorter key padded
 // with zeros sorts before any longer one that differs from it there); equal
@@ -37,14 +34,40 @@ std::uint64_t keyPrefix(const std::string& key) {
   return prefix;
 }
 
-int comparePrefixed(std::uint64_t aPrefix, const std::string& a, std::uint64_t bPrefix, const std::string& b) {
-  if (aPrefix != bPrefix) return aPrefix < bPrefix ? -1 : 1;
-  return compareBytes(a, b);
-}
-
 const platform::IMHandle* handleOf(const KibPeopleListItem& item) {
   const auto& presence = item.buddyListPresence();
   return presence ? presence->mostAvailableIMHandle().get() : nullptr;
+}
+
+// std::stable_sort's order (any stable sort gives the same), in a buffer
+// kept between sorts: std::stable_sort takes a new one every time, and so
+// large a block made the heap gather its small free blocks each time.
+// Runs sorted by insertion, then merged pairwise (std::merge is stable).
+template <class T, class Less>
+void stableSortInBuffer(std::vector<T>& items, std::vector<T>& buffer, Less less) {
+  constexpr std::size_t kRun = 16;
+  const std::size_t count = items.size();
+  for (std::size_t start = 0; start < count; start += kRun) {
+    const std::size_t end = std::min(start + kRun, count);
+    for (std::size_t next = start + 1; next < end; ++next) {
+      T moving = items[next];
+      std::size_t at = next;
+      for (; at > start && less(moving, items[at - 1]); --at) items[at] = items[at - 1];
+      items[at] = moving;
+    }
+  }
+  if (count <= kRun) return;
+  buffer.resize(count);
+  T* from = items.data();
+  T* to = buffer.data();
+  for (std::size_t width = kRun; width < count; width *= 2) {
+    for (std::size_t low = 0; low < count; low += 2 * width) {
+      const std::size_t middle = std::min(low + width, count), high = std::min(low + 2 * width, count);
+      std::merge(from + low, from + middle, from + middle, from + high, to + low, less);
+    }
+    std::swap(from, to);
+  }
+  if (from != items.data()) std::copy(from, from + count, items.data());
 }
 
 }  // namespace
@@ -100,9 +123,11 @@ void KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
 
   _entries.clear();
   _entries.reserve(items.size());
+  _keyBytes.clear();
   _changed.clear();
   bool oneGroupOfPersons = true;
   for (std::uint32_t index = 0; index < items.size(); ++index) {
+    prefetchRowsAhead(items, index);
     bool keysChanged = false;
     _entries.push_back(entryFor(items[index], index, &keysChanged));
     const Entry& entry = _entries.back();
@@ -129,18 +154,35 @@ void KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
   _lastMethod = Method::Full;
 }
 
+// A row's item, presence, handle and keys lie all over the heap and each is
+// found through the one before: each is asked for some rows before its row is
+// read, one level further per step.
+void KibPeopleListSorter::prefetchRowsAhead(const Items& items, std::size_t index) {
+  constexpr std::size_t step = 4;
+  auto ahead = [&items, index](std::size_t rows) {
+    return index + rows < items.size() ? items[index + rows].get() : nullptr;
+  };
+  if (const auto* item = ahead(4 * step)) platform::prefetch(item, sizeof(KibPeopleListItem));
+  if (const auto* item = ahead(3 * step))
+    platform::prefetch(item->buddyListPresence().get(), sizeof(KibBuddyListPresence));
+  if (const auto* item = ahead(2 * step))
+    if (const auto* handle = handleOf(*item)) handle->prefetchNameSortKeys();
+  if (const auto* item = ahead(step))
+    if (const auto* handle = handleOf(*item)) handle->prefetchNameSortKeyBytes();
+}
+
 KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItemPtr& item, std::uint32_t index,
                                                          bool* keysChanged) {
-  Entry entry{item.get(), item->peopleListGroup(), nullptr, nullptr, 0, 0, nullptr, 0, item->isGroup(), index};
+  Entry entry{item.get(), item->peopleListGroup(), 0, 0, {}, {}, nullptr, 0, item->isGroup(), index};
   if (entry.isGroup) return entry;
   const platform::IMHandle* handle = handleOf(*item);
   entry.handle = handle;
   entry.rank = platform::IMPersonStatusAvailabilityRank(_earlier ? _earlier->statusOf(*item) : item->effectiveStatus());
   const auto& keys = handle->nameSortKeys(_collationGeneration, _nameStyle);
-  entry.first = &keys.first;
-  entry.last = &keys.last;
   entry.firstPrefix = keyPrefix(keys.first);
   entry.lastPrefix = keyPrefix(keys.last);
+  entry.first = keepKey(keys.first);
+  entry.last = keepKey(keys.last);
   auto& cache = item->sortCache();
   if (cache.handle != handle || cache.keysVersion != keys.version) {
     cache.handle = handle;
@@ -150,14 +192,26 @@ KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItem
   return entry;
 }
 
+KibPeopleListSorter::KeyBytes KibPeopleListSorter::keepKey(const std::string& key) {
+  KeyBytes kept{static_cast<std::uint32_t>(_keyBytes.size()), static_cast<std::uint32_t>(key.size())};
+  _keyBytes += key;
+  return kept;
+}
+
+int KibPeopleListSorter::compareKeys(std::uint64_t aPrefix, KeyBytes a, std::uint64_t bPrefix, KeyBytes b) const {
+  if (aPrefix != bPrefix) return aPrefix < bPrefix ? -1 : 1;
+  int result = std::string_view(_keyBytes).substr(a.at, a.size).compare(std::string_view(_keyBytes).substr(b.at, b.size));
+  return (result > 0) - (result < 0);
+}
+
 std::int64_t KibPeopleListSorter::compare(const Entry& a, const Entry& b) {
   if (a.group != b.group) return compareAcrossGroups(a, b);
   if (a.isGroup) return -1;
   if (b.isGroup) return 1;
   // Status (more available first), first names, last names, handle address.
   if (a.rank != b.rank) return a.rank > b.rank ? -1 : 1;
-  if (int first = comparePrefixed(a.firstPrefix, *a.first, b.firstPrefix, *b.first)) return first;
-  if (int second = comparePrefixed(a.lastPrefix, *a.last, b.lastPrefix, *b.last)) return second;
+  if (int first = compareKeys(a.firstPrefix, a.first, b.firstPrefix, b.first)) return first;
+  if (int second = compareKeys(a.lastPrefix, a.last, b.lastPrefix, b.last)) return second;
   if (a.handle == b.handle) return 0;
   return std::less<const void*>()(a.handle, b.handle) ? -1 : 1;
 }
@@ -175,8 +229,7 @@ std::int64_t KibPeopleListSorter::compareAcrossGroups(const Entry& a, const Entr
 }
 
 void KibPeopleListSorter::fullSort(Items& items, bool oneGroupOfPersons) {
-  std::stable_sort(_entries.begin(), _entries.end(),
-                   [this](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
+  stableSortInBuffer(_entries, _mergeBuffer, [this](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
   _result.clear();
   _result.reserve(items.size());
   for (const auto& entry : _entries) _result.push_back(std::move(items[entry.index]));

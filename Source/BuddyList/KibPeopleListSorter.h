@@ -56,14 +56,19 @@ class KibPeopleListSorter {
   std::uint32_t nameStyle() const { return _nameStyle; }
 
  private:
+  struct KeyBytes {
+    std::uint32_t at;
+    std::uint32_t size;
+  };
   struct Entry {
     KibPeopleListItem* item;
     const KibPeopleListGroup* group;
-    const std::string* first;  // the handle's name keys
-    const std::string* last;
-    // Their first bytes, so that most comparisons read no key (see keyPrefix).
+    // The handle's name keys: their first bytes, so that most comparisons
+    // read no key (see keyPrefix), and where the keys are in _keyBytes.
     std::uint64_t firstPrefix;
     std::uint64_t lastPrefix;
+    KeyBytes first;
+    KeyBytes last;
     const void* handle;
     int rank;
     bool isGroup;
@@ -73,8 +78,11 @@ class KibPeopleListSorter {
   // Whether the fast comparison gives the item comparator's answers here.
   static bool canCompareFast(const Items& items, const KibSortParameters& parameters, bool quiet);
   void sortFast(Items& items, const Items& previous);
+  static void prefetchRowsAhead(const Items& items, std::size_t index);
   Entry entryFor(const KibPeopleListItemPtr& item, std::uint32_t index, bool* keysChanged);
   std::int64_t compare(const Entry& a, const Entry& b);
+  int compareKeys(std::uint64_t aPrefix, KeyBytes a, std::uint64_t bPrefix, KeyBytes b) const;
+  KeyBytes keepKey(const std::string& key);
   std::int64_t compareAcrossGroups(const Entry& a, const Entry& b);
   void fullSort(Items& items, bool oneGroupOfPersons);
   bool placeChanged(Items& items, const Items& previous);
@@ -85,7 +93,12 @@ class KibPeopleListSorter {
   std::uint32_t _nameStyle = 0;
   // Kept between sorts so that their memory is reused.
   std::vector<Entry> _entries;
+  // The name keys of the rows being sorted, side by side: the handles that
+  // hold them lie all over the heap, and rows whose prefixes tie are compared
+  // here instead of there.
+  std::string _keyBytes;
   std::vector<Entry> _placed;
+  std::vector<Entry> _mergeBuffer;
   std::vector<std::uint32_t> _changed;
   Items _result;
   std::uint64_t _sortNumber = 0;
