@@ -286,6 +286,8 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   void recordResortedState();
   // Rebuilds the displayed array the noted resorts owe, as the last of them saw the list.
   void settleOwedResort();
+  // Before every item goes: the rows of the owed array, unsorted.
+  void settleOwedResortUnsorted();
   // Call before changing anything the displayed array derives from.
   void willChangeDisplayedState();
   void noteStatusWillChange(KibPeopleListItem& item);

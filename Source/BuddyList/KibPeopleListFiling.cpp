@@ -10,6 +10,7 @@
 #include "platform/core/AssertionHandler.h"
 #include "platform/core/Log.h"
 #include "platform/core/Number.h"
+#include "platform/core/Prefetch.h"
 #include "platform/core/TextServices.h"
 #include "platform/core/UserDefaults.h"
 #include "platform/im/IMConstants.h"
@@ -120,7 +121,10 @@ void KibPeopleList::addPeopleFromArraySkipMe(const Handles& handles, bool skipMe
   willChangeDisplayedState();
   FilingPass pass(*this);
   beginChanges();
-  for (const auto& handle : handles) {
+  for (std::size_t i = 0; i < handles.size(); ++i) {
+    if (i + platform::kPrefetchDistance < handles.size())
+      platform::prefetch(handles[i + platform::kPrefetchDistance].get(), sizeof(platform::IMHandle));
+    const auto& handle = handles[i];
     if (skipMe && handle && handle->isLoginIMHandle()) continue;
     addIMHandle(handle);
   }
@@ -275,13 +279,19 @@ void KibPeopleList::removeIMHandleFromGroups(const platform::IMHandlePtr& handle
 void KibPeopleList::removeAllIMHandles() { removeAllIMHandlesAndGroups(false); }
 
 void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
+  // The displayed array is dropped next: what it owes needs no sort.
+  settleOwedResortUnsorted();
   willChangeDisplayedState();
   dropFilingIndexes();
   beginChanges();
   // The displayed rows let go first: the items then go in the order they were
   // filed, not the sorted one, so their memory is given back (and taken by the
   // next filing) in order.
-  for (const auto& item : _items) item->setDelegate(nullptr);
+  for (std::size_t i = 0; i < _items.size(); ++i) {
+    if (i + platform::kPrefetchDistance < _items.size())
+      platform::prefetch(_items[i + platform::kPrefetchDistance].get(), sizeof(KibPeopleListItem));
+    _items[i]->setDelegate(nullptr);
+  }
   _items.clear();
   for (const auto& item : _peopleListItems) _unobservePeopleListItem(item);
   for (const auto& group : _peopleListGroups) {
@@ -289,6 +299,19 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
     group->removeAllItems();
   }
   if (_offlineGroup) _offlineGroup->removeAllItems();
+  // Each item goes with its presence, which leaves its handles: each is asked
+  // for some items ahead, one level further per step.
+  constexpr std::size_t step = platform::kPrefetchDistance / 2;
+  auto ahead = [this](std::size_t at) { return at < _peopleListItems.size() ? _peopleListItems[at].get() : nullptr; };
+  for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
+    if (const auto* item = ahead(i + 3 * step)) platform::prefetch(item, sizeof(KibPeopleListItem));
+    if (const auto* item = ahead(i + 2 * step))
+      platform::prefetch(item->buddyListPresence().get(), sizeof(KibBuddyListPresence));
+    if (const auto* item = ahead(i + step))
+      if (const auto& presence = item->buddyListPresence())
+        for (const auto& handle : presence->imHandles()) platform::prefetch(handle.get(), sizeof(platform::IMHandle));
+    _peopleListItems[i].reset();
+  }
   _peopleListItems.clear();
   if (alsoGroups) _peopleListGroups.clear();
   if (willLog()) platform::IMAlwaysLog("Removing all IMHandles and groups, no more items");

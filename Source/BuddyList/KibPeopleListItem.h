@@ -137,7 +137,10 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
 
   // Kept for the list's sorter; no behaviour of the item depends on it.
   KibItemSortCache& sortCache() const { return _sortCache; }
-  KibItemSearchCache& searchCache() const { return _searchCache; }
+  KibItemSearchCache& searchCache() const {
+    if (!_searchCache) _searchCache = std::make_unique<KibItemSearchCache>();
+    return *_searchCache;
+  }
 
  protected:
   // Presence handlers, by selector.
@@ -196,7 +199,8 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
   bool _isGroup = false;
   bool _changingOnlyItsStatus = false;
   mutable KibItemSortCache _sortCache;
-  mutable KibItemSearchCache _searchCache;
+  // Made by the first search: most items are never searched.
+  mutable std::unique_ptr<KibItemSearchCache> _searchCache;
   std::size_t _registrySlot = kNotRegistered;  // in the registry of live person items
   bool _hasScheduledPerforms = false;  // a transition's end was ever scheduled
 };

@@ -104,7 +104,8 @@ void KibPeopleList::_rebuildItems() {
   if (willLog()) platform::IMAlwaysLog("Rebuild Items");
   for (const auto& item : _items) item->setDelegate(nullptr);
   // Kept for the sorter, which moves only what changed since.
-  _previousItems = std::move(_items);
+  // Swapped, not moved: the new array reuses the old one's memory.
+  _previousItems.swap(_items);
   _items.clear();
   _itemsToCleanup.clear();
 

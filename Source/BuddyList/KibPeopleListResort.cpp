@@ -152,7 +152,7 @@ void KibPeopleList::settleOwedResort() {
   _resortOwed = false;
   // No delegates change and nothing is logged here: the resorts that decided
   // this array did that already.
-  _previousItems = std::move(_items);
+  _previousItems.swap(_items);
   _items.clear();
   for (const auto& item : _peopleListItems)
     if (shownWithStatusInGroup(statusAtLastResort(*item), nullptr)) _items.push_back(item);
@@ -163,6 +163,17 @@ void KibPeopleList::settleOwedResort() {
 
   // The array now stands for the last resort; the items that changed since
   // keep the statuses they had then, in a journal of their own.
+  ++_journal;
+  for (const auto& item : _changedSinceResort) item->sortCache().journalEpoch = _journal;
+}
+
+void KibPeopleList::settleOwedResortUnsorted() {
+  // Its order shows only in the log lines of the delegates it clears.
+  if (!_resortOwed || willLog()) return settleOwedResort();
+  _resortOwed = false;
+  _items.clear();
+  for (const auto& item : _peopleListItems)
+    if (shownWithStatusInGroup(statusAtLastResort(*item), nullptr)) _items.push_back(item);
   ++_journal;
   for (const auto& item : _changedSinceResort) item->sortCache().journalEpoch = _journal;
 }

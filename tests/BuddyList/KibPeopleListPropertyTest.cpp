@@ -177,12 +177,18 @@ class KibPeopleListPropertyTest : public BuddyListTest {
         auto all = handles;
         std::shuffle(all.begin(), all.end(), random);
         if (!all.empty() && random() % 2) all.push_back(all.front());  // a handle twice
+        // The items the refill drops keep what it left of their delegates.
+        std::vector<std::vector<bool>> droppedDelegates;
         onBoth([&](kib::KibPeopleList& list) {
+          auto dropped = list.peopleListItems();
           list.beginChanges();
           list.removeAllIMHandlesAndGroups(false);
           list.addPeopleFromArraySkipMe(all, false);
           list.endChanges();
+          droppedDelegates.emplace_back();
+          for (const auto& item : dropped) droppedDelegates.back().push_back(item->delegate() != nullptr);
         });
+        EXPECT_EQ(droppedDelegates.front(), droppedDelegates.back()) << "delegates of the items a refill dropped";
         return "refill";
       }
       case 9: {
