@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/core/Object.h"
+#include "platform/core/RecyclingAllocator.h"
 #include "platform/core/Timer.h"
 
 namespace platform {
@@ -87,6 +88,13 @@ class RunLoop {
   void reset();
 
  private:
+  struct Perform;
+  // A refill of a list starts and ends a transition, and so a perform, for
+  // many rows at once: the performs' list nodes and counts are recycled blocks.
+  using Performs = std::list<std::shared_ptr<Perform>, RecyclingAllocator<std::shared_ptr<Perform>>>;
+  using PerformCounts = std::unordered_map<const Object*, std::size_t, std::hash<const Object*>,
+                                           std::equal_to<const Object*>,
+                                           RecyclingAllocator<std::pair<const Object* const, std::size_t>>>;
   struct Perform {
     double due;
     std::uint64_t sequence;
@@ -97,7 +105,7 @@ class RunLoop {
     std::function<void()> block;
     bool cancelled = false;
     // Where it waits in performs_, while it waits.
-    std::list<std::shared_ptr<Perform>>::iterator position;
+    Performs::iterator position;
   };
   struct TimerEntry {
     TimerPtr timer;
@@ -122,9 +130,9 @@ class RunLoop {
   void pruneTimers();
   void ensureWakePipe();
 
-  std::list<std::shared_ptr<Perform>> performs_;
+  Performs performs_;
   // How many of the waiting performs aim at each target.
-  std::unordered_map<const Object*, std::size_t> performsByTarget_;
+  PerformCounts performsByTarget_;
   std::vector<TimerEntry> timers_;
   std::vector<Source> sources_;
   std::uint64_t nextSequence_ = 0;
