@@ -35,33 +35,57 @@ KibBuddyListPresencePtr KibBuddyListPresence::initWithIMPersonFilterIDFilterServ
   // Made and dropped by the thousand with every refill of a list.
   auto presence = std::allocate_shared<KibBuddyListPresence>(platform::RecyclingAllocator<KibBuddyListPresence>());
   presence->setIsQuiet(quiet);
-  presence->_filterGroups = groups;
   presence->_filterService = service;
   presence->_filterPerson = person;
-  presence->_filterID = ID;
-  if (groups && groups->size() == 1) presence->_filterSingleGroup = *groups->begin();
+  if (groups || ID) {
+    auto& filters = presence->editFilters();
+    filters.groups = groups;
+    filters.ID = ID;
+    if (groups && groups->size() == 1) filters.singleGroup = *groups->begin();
+  }
   return presence;
 }
 
 KibBuddyListPresence::~KibBuddyListPresence() {
-  _filterID.reset();
-  _filterSingleGroup.reset();
-  _filterGroups.reset();
+  _filters.reset();
   _filterPerson.reset();
   _filterService.reset();
+}
+
+const KibBuddyListPresence::Filters& KibBuddyListPresence::filters() const {
+  static const Filters none;
+  return _filters ? *_filters : none;
+}
+
+KibBuddyListPresence::Filters& KibBuddyListPresence::editFilters() {
+  if (!_filters) _filters = std::make_unique<Filters>();
+  return *_filters;
+}
+
+void KibBuddyListPresence::setGroups(std::optional<GroupNames> groups) {
+  if (groups || _filters) editFilters().groups = std::move(groups);
+}
+
+void KibBuddyListPresence::setGroup(std::optional<std::string> group) {
+  if (group || _filters) editFilters().singleGroup = std::move(group);
+}
+
+void KibBuddyListPresence::set_IDFilter(std::optional<std::string> ID) {
+  if (ID || _filters) editFilters().ID = std::move(ID);
 }
 
 bool KibBuddyListPresence::canAddIMHandle(const IMHandlePtr& handle) const {
   if (!handle) return false;
   if (_filterService && handle->service() != _filterService) return false;
-  if (_filterID && *_filterID != handle->ID()) return false;
-  if (_filterGroups) {
-    if (_filterSingleGroup) {
+  const Filters& filter = filters();
+  if (filter.ID && *filter.ID != handle->ID()) return false;
+  if (filter.groups) {
+    if (filter.singleGroup) {
       const auto& names = handle->groupsArray();
-      if (std::find(names.begin(), names.end(), *_filterSingleGroup) == names.end()) return false;
+      if (std::find(names.begin(), names.end(), *filter.singleGroup) == names.end()) return false;
     } else {
       auto handleGroups = handle->groups();
-      bool intersects = std::any_of(_filterGroups->begin(), _filterGroups->end(),
+      bool intersects = std::any_of(filter.groups->begin(), filter.groups->end(),
                                     [&](const std::string& name) { return handleGroups.count(name) != 0; });
       if (!intersects) return false;
     }
@@ -102,8 +126,9 @@ bool KibBuddyListPresence::isEqual(const platform::Object* other) const {
     return _filterPerson->isEqualToIMPerson(that._filterPerson);
   }
 
-  if (_filterSingleGroup && that._filterSingleGroup) return *_filterSingleGroup == *that._filterSingleGroup;
-  return groupSetsMatch(_filterGroups, that._filterGroups);
+  const Filters &mineFilters = filters(), &theirFilters = that.filters();
+  if (mineFilters.singleGroup && theirFilters.singleGroup) return *mineFilters.singleGroup == *theirFilters.singleGroup;
+  return groupSetsMatch(mineFilters.groups, theirFilters.groups);
 }
 
 std::uint32_t KibBuddyListPresence::sortOrder() const {
@@ -122,8 +147,9 @@ KibBuddyListPresencePtr KibBuddyListPresence::copy() {
 }
 
 std::string KibBuddyListPresence::group() const {
-  if (!_filterGroups || _filterGroups->empty()) return "";
-  return *_filterGroups->begin();
+  const auto& groups = filters().groups;
+  if (!groups || groups->empty()) return "";
+  return *groups->begin();
 }
 
 }  // namespace kib

@@ -62,24 +62,32 @@ class KibBuddyListPresence : public KibPresence {
   const platform::IMPersonPtr& person() const { return _filterPerson; }
   void setPerson(platform::IMPersonPtr person) { _filterPerson = std::move(person); }
   // The filter group names (not the handle's groups); nil when there is no group filter.
-  std::optional<GroupNames> groups() const override { return _filterGroups; }
-  void setGroups(std::optional<GroupNames> groups) { _filterGroups = std::move(groups); }
+  std::optional<GroupNames> groups() const override { return filters().groups; }
+  void setGroups(std::optional<GroupNames> groups);
   // Any one filter group name; "" when there is none.
   std::string group() const;
-  void setGroup(std::optional<std::string> group) { _filterSingleGroup = std::move(group); }
-  const std::optional<std::string>& IDFilter() const { return _filterID; }
-  void set_IDFilter(std::optional<std::string> ID) { _filterID = std::move(ID); }
+  void setGroup(std::optional<std::string> group);
+  const std::optional<std::string>& IDFilter() const { return filters().ID; }
+  void set_IDFilter(std::optional<std::string> ID);
   // The group name when the filter was made with exactly one.
-  const std::optional<std::string>& filterSingleGroup() const { return _filterSingleGroup; }
+  const std::optional<std::string>& filterSingleGroup() const { return filters().singleGroup; }
 
   std::string className() const override { return "KibBuddyListPresence"; }
 
  private:
+  // The filters a flat list's presences mostly do without, kept apart so
+  // that a presence stays small: a refill makes thousands.
+  struct Filters {
+    std::optional<GroupNames> groups;
+    std::optional<std::string> singleGroup;
+    std::optional<std::string> ID;
+  };
+  const Filters& filters() const;
+  Filters& editFilters();
+
   platform::IMServiceImplPtr _filterService;
   platform::IMPersonPtr _filterPerson;
-  std::optional<GroupNames> _filterGroups;
-  std::optional<std::string> _filterSingleGroup;
-  std::optional<std::string> _filterID;
+  std::unique_ptr<Filters> _filters;
 };
 
 }  // namespace kib

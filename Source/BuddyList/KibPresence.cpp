@@ -94,7 +94,7 @@ void KibPresence::removeIMHandle(const IMHandlePtr& handle) {
   IMHandlePtr held = handle;
   informObserversOfWillChange();
   _unobserveIMHandle(held);
-  _imHandlesSet.clear();  // holds no handle the presence let go of
+  if (_imHandlesSet) _imHandlesSet->clear();  // holds no handle the presence let go of
   _imHandlesSetIsCurrent = false;
   _imHandles.erase(std::remove(_imHandles.begin(), _imHandles.end(), held), _imHandles.end());
   _fullRecache();
@@ -107,11 +107,11 @@ bool KibPresence::containsIMHandle(const IMHandle* handle) const {
 }
 
 const IMHandleSet& KibPresence::imHandleSet() const {
-  if (!_imHandlesSetIsCurrent) {
-    _imHandlesSet = IMHandleSet(_imHandles.begin(), _imHandles.end());
+  if (!_imHandlesSetIsCurrent || !_imHandlesSet) {
+    _imHandlesSet = std::make_unique<IMHandleSet>(_imHandles.begin(), _imHandles.end());
     _imHandlesSetIsCurrent = true;
   }
-  return _imHandlesSet;
+  return *_imHandlesSet;
 }
 
 std::int32_t KibPresence::numberOfIMHandles() const { return static_cast<std::int32_t>(_imHandles.size()); }

@@ -128,7 +128,7 @@ class KibPresence : public platform::IMDirectlyObservableObject,
 
   platform::IMHandlePtr _mostAvailableIMHandle;
   Handles _imHandles;  // most people have a handle or two
-  mutable IMHandleSet _imHandlesSet;
+  mutable std::unique_ptr<IMHandleSet> _imHandlesSet;  // made when first asked for
   mutable bool _imHandlesSetIsCurrent = true;
   std::string _statusMessage;
   bool _quiet = false;
