@@ -15,6 +15,7 @@
 #include "platform/core/UserDefaults.h"
 #include "platform/im/IMConstants.h"
 #include "platform/im/IMHandle.h"
+#include "platform/im/IMPerson.h"
 
 namespace kib {
 
@@ -121,9 +122,17 @@ void KibPeopleList::addPeopleFromArraySkipMe(const Handles& handles, bool skipMe
   willChangeDisplayedState();
   FilingPass pass(*this);
   beginChanges();
+  // Filing reads each handle, its person, and where the flat list's index
+  // keeps that person: each is asked for some handles ahead.
+  constexpr std::size_t step = platform::kPrefetchDistance / 2;
+  auto ahead = [&handles](std::size_t at) { return at < handles.size() ? handles[at].get() : nullptr; };
   for (std::size_t i = 0; i < handles.size(); ++i) {
-    if (i + platform::kPrefetchDistance < handles.size())
-      platform::prefetch(handles[i + platform::kPrefetchDistance].get(), sizeof(platform::IMHandle));
+    if (const auto* handle = ahead(i + 3 * step)) platform::prefetch(handle, sizeof(platform::IMHandle));
+    if (const auto* handle = ahead(i + 2 * step)) platform::prefetch(handle->person().get(), sizeof(platform::IMPerson));
+    if (const auto* handle = ahead(i + step); handle && !_arrangesByGroup) {
+      auto index = _filingIndexes.find(nullptr);
+      if (index != _filingIndexes.end()) index->second.prefetchCandidatesFor(*handle);
+    }
     const auto& handle = handles[i];
     if (skipMe && handle && handle->isLoginIMHandle()) continue;
     addIMHandle(handle);
@@ -288,12 +297,15 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
   // filed, not the sorted one, so their memory is given back (and taken by the
   // next filing) in order.
   for (std::size_t i = 0; i < _items.size(); ++i) {
-    if (i + platform::kPrefetchDistance < _items.size())
-      platform::prefetch(_items[i + platform::kPrefetchDistance].get(), sizeof(KibPeopleListItem));
+    if (i + platform::kPrefetchDistance < _items.size()) _items[i + platform::kPrefetchDistance]->prefetchDelegate();
     _items[i]->setDelegate(nullptr);
   }
   _items.clear();
-  for (const auto& item : _peopleListItems) _unobservePeopleListItem(item);
+  for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
+    if (i + platform::kPrefetchDistance < _peopleListItems.size())
+      platform::prefetch(_peopleListItems[i + platform::kPrefetchDistance].get());
+    _unobservePeopleListItem(_peopleListItems[i]);
+  }
   for (const auto& group : _peopleListGroups) {
     for (const auto& item : group->members()) _unobservePeopleListItem(item);
     group->removeAllItems();

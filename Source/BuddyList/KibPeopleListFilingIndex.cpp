@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/core/Prefetch.h"
 #include "platform/im/IMHandle.h"
 #include "platform/im/IMPerson.h"
 
@@ -14,7 +15,7 @@ constexpr std::size_t kEnd = static_cast<std::size_t>(-1);
 }  // namespace
 
 struct KibPeopleListFilingIndex::Spare {
-  Items items;
+  std::vector<KibPeopleListItem*> items;
   std::vector<std::size_t> next;
   std::vector<PersonChain> personChains;
   std::vector<std::uint32_t> personSlots;
@@ -117,7 +118,7 @@ void KibPeopleListFilingIndex::collectPersonID(std::string_view ID) {
 
 void KibPeopleListFilingIndex::addItem(const KibPeopleListItemPtr& item) {
   const std::size_t position = _items.size();
-  _items.push_back(item);
+  _items.push_back(item.get());
   _next.push_back(kEnd);
   const auto& presence = item ? item->buddyListPresence() : nullptr;
   if (!presence) return;  // filing passes items without a presence by
@@ -141,17 +142,25 @@ void KibPeopleListFilingIndex::addItem(const KibPeopleListItemPtr& item) {
 // A handle that joins an item fits its key; an empty presence that took one
 // stays among the items that take any handle, a harmless superset.
 
+void KibPeopleListFilingIndex::prefetchCandidatesFor(const platform::IMHandle& handle) const {
+  const platform::IMPerson* person = handle.person().get();
+  if (!person || person->uniqueID().empty() || _personSlots.empty()) return;
+  platform::prefetch(&_personSlots[StringHash()(person->uniqueID()) & (_personSlots.size() - 1)]);
+}
+
 const std::vector<std::size_t>& KibPeopleListFilingIndex::candidatesFor(const platform::IMHandle& handle) {
   _candidates.assign(_anyHandle.begin(), _anyHandle.end());
   if (const platform::IMPerson* person = handle.person().get()) {
     if (!person->uniqueID().empty())
       collectPersonID(person->uniqueID());
     // Also the same object when its ID is empty.
-    collect(_byPersonObject, person);
+    if (!_byPersonObject.empty()) collect(_byPersonObject, person);
   }
-  collect(_byID, std::string_view(handle.ID()));
-  auto strays = _strayHandles.equal_range(&handle);
-  for (auto it = strays.first; it != strays.second; ++it) _candidates.push_back(it->second);
+  if (!_byID.empty()) collect(_byID, std::string_view(handle.ID()));
+  if (!_strayHandles.empty()) {
+    auto strays = _strayHandles.equal_range(&handle);
+    for (auto it = strays.first; it != strays.second; ++it) _candidates.push_back(it->second);
+  }
   std::sort(_candidates.begin(), _candidates.end());
   _candidates.erase(std::unique(_candidates.begin(), _candidates.end()), _candidates.end());
   return _candidates;

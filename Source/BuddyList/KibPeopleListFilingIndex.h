@@ -42,7 +42,12 @@ class KibPeopleListFilingIndex {
   // The positions of the items that hold the handle or might accept it, in
   // collection order; valid until the next call.
   const std::vector<std::size_t>& candidatesFor(const platform::IMHandle& handle);
-  const KibPeopleListItemPtr& item(std::size_t position) const { return _items[position]; }
+  // Starts loading where candidatesFor will look for the handle's person.
+  void prefetchCandidatesFor(const platform::IMHandle& handle) const;
+  KibPeopleListItemPtr item(std::size_t position) const {
+    KibPeopleListItem* item = _items[position];
+    return item ? std::static_pointer_cast<KibPeopleListItem>(item->shared_from_this()) : nullptr;
+  }
 
  private:
   struct StringHash {
@@ -75,7 +80,10 @@ class KibPeopleListFilingIndex {
   struct Spare;
   static Spare& spare();
 
-  Items _items;
+  // Not owned: the collection holds them, and an index lives only while the
+  // collection changes through the filing. Holding them cost a write to
+  // every item when the index went, long after the item was last read.
+  std::vector<KibPeopleListItem*> _items;
   std::vector<std::size_t> _next;
   std::vector<PersonChain> _personChains;
   std::vector<std::uint32_t> _personSlots;  // 1 + index into _personChains; 0 is empty

@@ -10,6 +10,7 @@
 #include "platform/core/AssertionHandler.h"
 #include "platform/core/Format.h"
 #include "platform/core/Log.h"
+#include "platform/core/Prefetch.h"
 #include "platform/core/RecyclingAllocator.h"
 #include "platform/core/RunLoop.h"
 #include "platform/core/TextServices.h"
@@ -206,6 +207,13 @@ std::uint32_t KibPeopleListItem::sortOrder() const { return _presence ? _presenc
 
 bool KibPeopleListItem::isPulseTransition() const {
   return _inTransition && _currentTransitionTime == kPulseTransitionTime;
+}
+
+void KibPeopleListItem::prefetchRowState() const {
+  platform::prefetch(&_presence);
+  platform::prefetch(&_group);
+  platform::prefetch(&_currentStatus);
+  platform::prefetch(&_sortCache, sizeof(_sortCache));
 }
 
 IMPersonStatus KibPeopleListItem::effectiveStatus() const {

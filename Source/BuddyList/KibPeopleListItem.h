@@ -12,6 +12,7 @@
 #include "platform/core/Date.h"
 #include "platform/core/Dictionary.h"
 #include "platform/core/Notification.h"
+#include "platform/core/Prefetch.h"
 #include "platform/core/String.h"
 #include "platform/im/IMDirectlyObservableObject.h"
 #include "platform/im/IMDirectlyObservableObjectObserver.h"
@@ -137,6 +138,10 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
 
   // Kept for the list's sorter; no behaviour of the item depends on it.
   KibItemSortCache& sortCache() const { return _sortCache; }
+  // Start loading what a rebuild and a sort read of the item / its delegate,
+  // for loops over many items.
+  void prefetchRowState() const;
+  void prefetchDelegate() const { platform::prefetch(&_delegate); }
   KibItemSearchCache& searchCache() const {
     if (!_searchCache) _searchCache = std::make_unique<KibItemSearchCache>();
     return *_searchCache;

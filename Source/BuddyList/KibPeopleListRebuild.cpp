@@ -10,6 +10,7 @@
 #include "Source/BuddyList/KibNotifications.h"
 #include "Source/BuddyList/KibPeopleList.h"
 #include "platform/core/Log.h"
+#include "platform/core/Prefetch.h"
 #include "platform/core/TextServices.h"
 #include "platform/im/IMAccount.h"
 #include "platform/im/IMHandle.h"
@@ -118,10 +119,17 @@ void KibPeopleList::_rebuildItems() {
 }
 
 void KibPeopleList::rebuildFlatItems() {
-  // Shown flat items keep no delegate.
-  for (const auto& item : _peopleListItems)
+  // Shown flat items keep no delegate. The sort reads the items and their
+  // presences next: both are asked for some items ahead.
+  constexpr std::size_t ahead = platform::kPrefetchDistance;
+  for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
+    if (i + 2 * ahead < _peopleListItems.size()) _peopleListItems[i + 2 * ahead]->prefetchRowState();
+    if (i + ahead < _peopleListItems.size())
+      platform::prefetch(_peopleListItems[i + ahead]->buddyListPresence().get(), sizeof(KibBuddyListPresence));
+    const auto& item = _peopleListItems[i];
     if (_peopleListItemShouldBeShownInGroup(item, nullptr) && (!_inSearchMode || _allowPeopleListItemInCurrentSearch(item)))
       _items.push_back(item);
+  }
 }
 
 void KibPeopleList::rebuildGroupedItems() {

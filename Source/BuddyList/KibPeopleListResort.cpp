@@ -14,6 +14,7 @@
 #include "Source/BuddyList/KibPeopleList.h"
 #include "platform/core/Log.h"
 #include "platform/core/NotificationCenter.h"
+#include "platform/core/Prefetch.h"
 #include "platform/core/TextServices.h"
 #include "platform/im/IMHandleRegistrar.h"
 
@@ -172,8 +173,12 @@ void KibPeopleList::settleOwedResortUnsorted() {
   if (!_resortOwed || willLog()) return settleOwedResort();
   _resortOwed = false;
   _items.clear();
-  for (const auto& item : _peopleListItems)
+  for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
+    if (i + platform::kPrefetchDistance < _peopleListItems.size())
+      _peopleListItems[i + platform::kPrefetchDistance]->prefetchRowState();
+    const auto& item = _peopleListItems[i];
     if (shownWithStatusInGroup(statusAtLastResort(*item), nullptr)) _items.push_back(item);
+  }
   ++_journal;
   for (const auto& item : _changedSinceResort) item->sortCache().journalEpoch = _journal;
 }

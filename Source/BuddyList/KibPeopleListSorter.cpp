@@ -15,6 +15,9 @@ namespace kib {
 
 namespace {
 
+// How many of a key's first bytes an entry keeps (keyPrefix).
+constexpr std::uint32_t kPrefixBytes = 8;
+
 // Above this many changed rows a full sort is cheaper than placing each.
 constexpr std::size_t kMostRowsToPlace = 64;
 
@@ -29,7 +32,7 @@ bool isListOrder(const KibSortParameters& parameters) {
 // prefixes say nothing, and the keys themselves are compared.
 std::uint64_t keyPrefix(const std::string& key) {
   std::uint64_t prefix = 0;
-  for (std::size_t i = 0; i < 8; ++i)
+  for (std::size_t i = 0; i < kPrefixBytes; ++i)
     prefix = (prefix << 8) | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0u);
   return prefix;
 }
@@ -79,46 +82,41 @@ void KibPeopleListSorter::referenceSort(Items& items, const KibSortParameters& p
   });
 }
 
-bool KibPeopleListSorter::canCompareFast(const Items& items, const KibSortParameters& parameters, bool quiet) {
+bool KibPeopleListSorter::canCompareFast(const KibSortParameters& parameters, bool quiet) {
   // The group comparison logs; keep its lines as many as they always were.
-  if (!isListOrder(parameters) || (!quiet && platform::IMWillLog(kKibPeopleListLogCategory))) return false;
-  // A person without a handle compares asymmetrically; leave that to the comparator.
-  return std::all_of(items.begin(), items.end(),
-                     [](const auto& item) { return item && (item->isGroup() || handleOf(*item)); });
+  return isListOrder(parameters) && (quiet || !platform::IMWillLog(kKibPeopleListLogCategory));
+}
+
+void KibPeopleListSorter::sortByReference(Items& items, const KibSortParameters& parameters) {
+  referenceSort(items, parameters);
+  _lastWasStrict = false;
+  _lastMethod = Method::Reference;
 }
 
 void KibPeopleListSorter::sort(Items& items, const Items& previous, const KibSortParameters& parameters) {
-  if (!canCompareFast(items, parameters, false)) {
-    referenceSort(items, parameters);
-    _lastWasStrict = false;
-    _lastMethod = Method::Reference;
-    return;
-  }
+  if (!canCompareFast(parameters, false)) return sortByReference(items, parameters);
   _parameters = parameters;
   // The language and the name style are read once per sort; the handles' keys follow them.
   _collationGeneration = platform::TextServices::refreshCollationLanguage();
   _nameStyle = platform::IMHandleRegistrar::sharedInstance()->nameStyle();
-  sortFast(items, previous);
+  if (!sortFast(items, previous)) sortByReference(items, parameters);
 }
 
 void KibPeopleListSorter::sortAsEarlier(Items& items, const Items& previous, const KibSortParameters& parameters,
                                         const EarlierState& earlier) {
-  if (!canCompareFast(items, parameters, true)) {
-    referenceSort(items, parameters);
-    _lastWasStrict = false;
-    _lastMethod = Method::Reference;
-    return;
-  }
+  if (!canCompareFast(parameters, true)) return sortByReference(items, parameters);
   _parameters = parameters;
   _collationGeneration = earlier.collationGeneration;
   _nameStyle = earlier.nameStyle;
   _earlier = &earlier;
-  sortFast(items, previous);
+  bool sorted = sortFast(items, previous);
   _earlier = nullptr;
+  if (!sorted) sortByReference(items, parameters);
 }
 
-void KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
+bool KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
   _groupOrder.clear();
+  _sorting = &items;
   const std::uint64_t lastSort = _sortNumber++;
 
   _entries.clear();
@@ -128,11 +126,17 @@ void KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
   bool oneGroupOfPersons = true;
   for (std::uint32_t index = 0; index < items.size(); ++index) {
     prefetchRowsAhead(items, index);
+    // A person without a handle compares asymmetrically: the comparator sorts then.
+    const auto& item = items[index];
+    if (!item || (!item->isGroup() && !handleOf(*item))) {
+      _sorting = nullptr;
+      return false;
+    }
     bool keysChanged = false;
     _entries.push_back(entryFor(items[index], index, &keysChanged));
     const Entry& entry = _entries.back();
     oneGroupOfPersons = oneGroupOfPersons && !entry.isGroup && entry.group == _entries.front().group;
-    auto& cache = entry.item->sortCache();
+    auto& cache = items[index]->sortCache();
     cache.seenInSort = _sortNumber;
     cache.indexInSort = index;
     if (cache.placedInSort == lastSort && cache.placedRank == entry.rank && !keysChanged)
@@ -148,10 +152,12 @@ void KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
                 placeChanged(items, previous);
   if (placed) {
     _lastMethod = Method::Incremental;
-    return;
+  } else {
+    fullSort(items, oneGroupOfPersons);
+    _lastMethod = Method::Full;
   }
-  fullSort(items, oneGroupOfPersons);
-  _lastMethod = Method::Full;
+  _sorting = nullptr;
+  return true;
 }
 
 // A row's item, presence, handle and keys lie all over the heap and each is
@@ -162,7 +168,7 @@ void KibPeopleListSorter::prefetchRowsAhead(const Items& items, std::size_t inde
   auto ahead = [&items, index](std::size_t rows) {
     return index + rows < items.size() ? items[index + rows].get() : nullptr;
   };
-  if (const auto* item = ahead(4 * step)) platform::prefetch(item, sizeof(KibPeopleListItem));
+  if (const auto* item = ahead(4 * step)) item->prefetchRowState();
   if (const auto* item = ahead(3 * step))
     platform::prefetch(item->buddyListPresence().get(), sizeof(KibBuddyListPresence));
   if (const auto* item = ahead(2 * step))
@@ -173,11 +179,12 @@ void KibPeopleListSorter::prefetchRowsAhead(const Items& items, std::size_t inde
 
 KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItemPtr& item, std::uint32_t index,
                                                          bool* keysChanged) {
-  Entry entry{item.get(), item->peopleListGroup(), 0, 0, {}, {}, nullptr, 0, item->isGroup(), index};
+  Entry entry{item->peopleListGroup(), 0, 0, {}, {}, nullptr, 0, item->isGroup(), index};
   if (entry.isGroup) return entry;
   const platform::IMHandle* handle = handleOf(*item);
   entry.handle = handle;
-  entry.rank = platform::IMPersonStatusAvailabilityRank(_earlier ? _earlier->statusOf(*item) : item->effectiveStatus());
+  entry.rank = static_cast<std::int16_t>(
+      platform::IMPersonStatusAvailabilityRank(_earlier ? _earlier->statusOf(*item) : item->effectiveStatus()));
   const auto& keys = handle->nameSortKeys(_collationGeneration, _nameStyle);
   entry.firstPrefix = keyPrefix(keys.first);
   entry.lastPrefix = keyPrefix(keys.last);
@@ -200,8 +207,17 @@ KibPeopleListSorter::KeyBytes KibPeopleListSorter::keepKey(const std::string& ke
 
 int KibPeopleListSorter::compareKeys(std::uint64_t aPrefix, KeyBytes a, std::uint64_t bPrefix, KeyBytes b) const {
   if (aPrefix != bPrefix) return aPrefix < bPrefix ? -1 : 1;
-  int result = std::string_view(_keyBytes).substr(a.at, a.size).compare(std::string_view(_keyBytes).substr(b.at, b.size));
-  return (result > 0) - (result < 0);
+  // The first eight bytes are equal (a shorter key's missing ones are zeros
+  // in the other): the rest decides, then the length, as std::string does.
+  // Short keys, the most, need no look at the bytes.
+  if (a.size > kPrefixBytes || b.size > kPrefixBytes) {
+    auto rest = [this](KeyBytes key) {
+      std::uint32_t skip = std::min(key.size, kPrefixBytes);
+      return std::string_view(_keyBytes).substr(key.at + skip, key.size - skip);
+    };
+    if (int result = rest(a).compare(rest(b))) return (result > 0) - (result < 0);
+  }
+  return (a.size > b.size) - (a.size < b.size);
 }
 
 std::int64_t KibPeopleListSorter::compare(const Entry& a, const Entry& b) {
@@ -219,26 +235,26 @@ std::int64_t KibPeopleListSorter::compare(const Entry& a, const Entry& b) {
 // Depends only on the two groups and the receiver's delegate (the group order).
 std::int64_t KibPeopleListSorter::compareAcrossGroups(const Entry& a, const Entry& b) {
   auto key = std::make_tuple(static_cast<const void*>(a.group), static_cast<const void*>(b.group),
-                             static_cast<const void*>(a.item->delegate()));
+                             static_cast<const void*>(itemOf(a).delegate()));
   auto found = _groupOrder.find(key);
   if (found != _groupOrder.end()) return found->second;
   auto record = _parameters;
-  std::int64_t result = a.item->compareWithKibSortParameters(*b.item, &record);
+  std::int64_t result = itemOf(a).compareWithKibSortParameters(itemOf(b), &record);
   _groupOrder.emplace(key, result);
   return result;
 }
 
 void KibPeopleListSorter::fullSort(Items& items, bool oneGroupOfPersons) {
   stableSortInBuffer(_entries, _mergeBuffer, [this](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
+  _lastWasStrict = oneGroupOfPersons;
+  for (std::size_t i = 1; i < _entries.size() && _lastWasStrict; ++i)
+    _lastWasStrict = compare(_entries[i - 1], _entries[i]) != 0;
+
   _result.clear();
   _result.reserve(items.size());
   for (const auto& entry : _entries) _result.push_back(std::move(items[entry.index]));
   items.swap(_result);
   _result.clear();
-
-  _lastWasStrict = oneGroupOfPersons;
-  for (std::size_t i = 1; i < _entries.size() && _lastWasStrict; ++i)
-    _lastWasStrict = compare(_entries[i - 1], _entries[i]) != 0;
 }
 
 bool KibPeopleListSorter::placeChanged(Items& items, const Items& previous) {

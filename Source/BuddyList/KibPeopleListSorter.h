@@ -60,8 +60,8 @@ class KibPeopleListSorter {
     std::uint32_t at;
     std::uint32_t size;
   };
+  // Small, for the merge moves thousands of them many times over.
   struct Entry {
-    KibPeopleListItem* item;
     const KibPeopleListGroup* group;
     // The handle's name keys: their first bytes, so that most comparisons
     // read no key (see keyPrefix), and where the keys are in _keyBytes.
@@ -70,15 +70,18 @@ class KibPeopleListSorter {
     KeyBytes first;
     KeyBytes last;
     const void* handle;
-    int rank;
+    std::int16_t rank;
     bool isGroup;
-    std::uint32_t index;
+    std::uint32_t index;  // of the item in the array being sorted
   };
 
   // Whether the fast comparison gives the item comparator's answers here.
-  static bool canCompareFast(const Items& items, const KibSortParameters& parameters, bool quiet);
-  void sortFast(Items& items, const Items& previous);
+  static bool canCompareFast(const KibSortParameters& parameters, bool quiet);
+  // False, with nothing moved, when a person has no handle: the comparator sorts those.
+  bool sortFast(Items& items, const Items& previous);
+  void sortByReference(Items& items, const KibSortParameters& parameters);
   static void prefetchRowsAhead(const Items& items, std::size_t index);
+  KibPeopleListItem& itemOf(const Entry& entry) const { return *(*_sorting)[entry.index]; }
   Entry entryFor(const KibPeopleListItemPtr& item, std::uint32_t index, bool* keysChanged);
   std::int64_t compare(const Entry& a, const Entry& b);
   int compareKeys(std::uint64_t aPrefix, KeyBytes a, std::uint64_t bPrefix, KeyBytes b) const;
@@ -92,6 +95,7 @@ class KibPeopleListSorter {
   std::uint64_t _collationGeneration = 0;
   std::uint32_t _nameStyle = 0;
   // Kept between sorts so that their memory is reused.
+  const Items* _sorting = nullptr;  // the array being sorted, in its order before the sort
   std::vector<Entry> _entries;
   // The name keys of the rows being sorted, side by side: the handles that
   // hold them lie all over the heap, and rows whose prefixes tie are compared

@@ -4,6 +4,7 @@
 #include "Source/BuddyList/KibPeopleListGroup.h"
 #include "Source/BuddyList/KibPeopleListItem.h"
 #include "Source/BuddyList/KibPeopleListItemDelegate.h"
+#include "Source/BuddyList/KibPeopleListSorter.h"
 #include "Source/BuddyList/KibServicePeopleListGroup.h"
 #include "Source/BuddyList/KibSortParameters.h"
 #include "platform/im/IMAccountController.h"
@@ -206,6 +207,45 @@ TEST_F(KibPeopleListItemOrderingTest, ManualOrderReplacesTheKeysAndInvalidKeysAr
   KibSortParameters endless;
   for (auto& key : endless.sortKeys) key = kKibSortKeyFirstName;
   EXPECT_EQ(unknownAccountSecond->compareWithKibSortParameters(*unknownAccountSecond, &endless), 0);
+}
+
+// The sorter's fast comparison cannot order a person without a handle: it
+// finds one wherever it stands and lets the item comparator sort, and the
+// rows it looked at before do not mislead the sorts after.
+TEST_F(KibPeopleListItemOrderingTest, ASortWithAPersonWithoutAHandleIsTheComparators) {
+  platform::Log::setEnabledCategories({});  // the fast comparison keeps out of logged sorts
+  const auto parameters = list->KibSortParameters();
+  auto friends = group("Friends");
+  KibPeopleListSorter::Items items;
+  for (int i = 0; i < 40; ++i) {
+    auto name = person(std::string(1, static_cast<char>('A' + (i * 7) % 26)) + "nn", "P" + std::to_string(i % 3));
+    items.push_back(member(buddy(aimAccount, "b" + std::to_string(i), i % 4 ? kIMPersonStatusAvailable : kIMPersonStatusAway,
+                                 name, {"Friends"}),
+                           friends));
+  }
+  auto empty = KibBuddyListPresence::initWithIMPersonFilterServiceFilterGroupFilters(person("Eve", "Empty"), nullptr,
+                                                                                     KibBuddyListPresence::GroupNames{"Friends"});
+  auto handleless = KibPeopleListItem::initWithBuddyListPresenceInGroup(empty, friends.get());
+  keep.push_back(handleless);
+  for (std::size_t at : {std::size_t{0}, std::size_t{25}, std::size_t{40}}) {
+    auto rows = items;
+    rows.insert(rows.begin() + static_cast<std::ptrdiff_t>(at), handleless);
+    auto expected = rows;
+    KibPeopleListSorter::referenceSort(expected, parameters);
+    KibPeopleListSorter sorter;
+    auto sorted = rows;
+    sorter.sort(sorted, {}, parameters);
+    EXPECT_EQ(sorter.lastMethod(), KibPeopleListSorter::Method::Reference) << "at " << at;
+    EXPECT_EQ(sorted, expected) << "at " << at;
+
+    // Without it the same sorter sorts fast again, and as the comparator does.
+    expected = items;
+    KibPeopleListSorter::referenceSort(expected, parameters);
+    auto again = items;
+    sorter.sort(again, sorted, parameters);
+    EXPECT_NE(sorter.lastMethod(), KibPeopleListSorter::Method::Reference);
+    EXPECT_EQ(again, expected) << "at " << at;
+  }
 }
 
 }  // namespace
