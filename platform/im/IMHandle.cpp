@@ -1,4 +1,3 @@
-#include "platform/core/Prefetch.h"
 #include "platform/im/IMHandle.h"
 
 #include <algorithm>
@@ -6,6 +5,7 @@
 #include <cstdio>
 
 #include "platform/core/Clock.h"
+#include "platform/core/Prefetch.h"
 #include "platform/core/TextServices.h"
 #include "platform/im/IMAccount.h"
 #include "platform/im/IMConstants.h"
