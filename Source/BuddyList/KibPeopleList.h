@@ -284,10 +284,9 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   void fullResort();
   // The state the displayed array now shows, recorded after a full resort.
   void recordResortedState();
-  // Rebuilds the displayed array the noted resorts owe, as the last of them saw the list.
-  void settleOwedResort();
-  // Before every item goes: the rows of the owed array, unsorted.
-  void settleOwedResortUnsorted();
+  // Rebuilds the displayed array the noted resorts owe, as the last of them
+  // saw the list; unsorted when it is dropped next and only its rows count.
+  void settleOwedResort(bool sorted = true);
   // Call before changing anything the displayed array derives from.
   void willChangeDisplayedState();
   void noteStatusWillChange(KibPeopleListItem& item);

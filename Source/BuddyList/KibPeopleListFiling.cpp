@@ -125,11 +125,12 @@ void KibPeopleList::addPeopleFromArraySkipMe(const Handles& handles, bool skipMe
   // Filing reads each handle, its person, and where the flat list's index
   // keeps that person: each is asked for some handles ahead.
   constexpr std::size_t step = platform::kPrefetchDistance / 2;
-  auto ahead = [&handles](std::size_t at) { return at < handles.size() ? handles[at].get() : nullptr; };
   for (std::size_t i = 0; i < handles.size(); ++i) {
-    if (const auto* handle = ahead(i + 3 * step)) platform::prefetch(handle, sizeof(platform::IMHandle));
-    if (const auto* handle = ahead(i + 2 * step)) platform::prefetch(handle->person().get(), sizeof(platform::IMPerson));
-    if (const auto* handle = ahead(i + step); handle && !_arrangesByGroup) {
+    if (const auto* handle = platform::pointeeAhead(handles, i, 3 * step))
+      platform::prefetch(handle, sizeof(platform::IMHandle));
+    if (const auto* handle = platform::pointeeAhead(handles, i, 2 * step))
+      platform::prefetch(handle->person().get(), sizeof(platform::IMPerson));
+    if (const auto* handle = platform::pointeeAhead(handles, i, step); handle && !_arrangesByGroup) {
       auto index = _filingIndexes.find(nullptr);
       if (index != _filingIndexes.end()) index->second.prefetchCandidatesFor(*handle);
     }
@@ -288,8 +289,9 @@ void KibPeopleList::removeIMHandleFromGroups(const platform::IMHandlePtr& handle
 void KibPeopleList::removeAllIMHandles() { removeAllIMHandlesAndGroups(false); }
 
 void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
-  // The displayed array is dropped next: what it owes needs no sort.
-  settleOwedResortUnsorted();
+  // The displayed array is dropped next: what it owes needs no sort, unless
+  // its order shows in the log lines of the delegates it clears.
+  settleOwedResort(willLog());
   willChangeDisplayedState();
   dropFilingIndexes();
   beginChanges();
@@ -297,13 +299,12 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
   // filed, not the sorted one, so their memory is given back (and taken by the
   // next filing) in order.
   for (std::size_t i = 0; i < _items.size(); ++i) {
-    if (i + platform::kPrefetchDistance < _items.size()) _items[i + platform::kPrefetchDistance]->prefetchDelegate();
+    if (const auto* item = platform::pointeeAhead(_items, i, platform::kPrefetchDistance)) item->prefetchDelegate();
     _items[i]->setDelegate(nullptr);
   }
   _items.clear();
   for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
-    if (i + platform::kPrefetchDistance < _peopleListItems.size())
-      platform::prefetch(_peopleListItems[i + platform::kPrefetchDistance].get());
+    platform::prefetch(platform::pointeeAhead(_peopleListItems, i, platform::kPrefetchDistance));
     _unobservePeopleListItem(_peopleListItems[i]);
   }
   for (const auto& group : _peopleListGroups) {
@@ -314,12 +315,11 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
   // Each item goes with its presence, which leaves its handles: each is asked
   // for some items ahead, one level further per step.
   constexpr std::size_t step = platform::kPrefetchDistance / 2;
-  auto ahead = [this](std::size_t at) { return at < _peopleListItems.size() ? _peopleListItems[at].get() : nullptr; };
   for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
-    if (const auto* item = ahead(i + 3 * step)) platform::prefetch(item, sizeof(KibPeopleListItem));
-    if (const auto* item = ahead(i + 2 * step))
+    platform::prefetch(platform::pointeeAhead(_peopleListItems, i, 3 * step), sizeof(KibPeopleListItem));
+    if (const auto* item = platform::pointeeAhead(_peopleListItems, i, 2 * step))
       platform::prefetch(item->buddyListPresence().get(), sizeof(KibBuddyListPresence));
-    if (const auto* item = ahead(i + step))
+    if (const auto* item = platform::pointeeAhead(_peopleListItems, i, step))
       if (const auto& presence = item->buddyListPresence())
         for (const auto& handle : presence->imHandles()) platform::prefetch(handle.get(), sizeof(platform::IMHandle));
     _peopleListItems[i].reset();

@@ -123,9 +123,9 @@ void KibPeopleList::rebuildFlatItems() {
   // presences next: both are asked for some items ahead.
   constexpr std::size_t ahead = platform::kPrefetchDistance;
   for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
-    if (i + 2 * ahead < _peopleListItems.size()) _peopleListItems[i + 2 * ahead]->prefetchRowState();
-    if (i + ahead < _peopleListItems.size())
-      platform::prefetch(_peopleListItems[i + ahead]->buddyListPresence().get(), sizeof(KibBuddyListPresence));
+    if (const auto* item = platform::pointeeAhead(_peopleListItems, i, 2 * ahead)) item->prefetchRowState();
+    if (const auto* item = platform::pointeeAhead(_peopleListItems, i, ahead))
+      platform::prefetch(item->buddyListPresence().get(), sizeof(KibBuddyListPresence));
     const auto& item = _peopleListItems[i];
     if (_peopleListItemShouldBeShownInGroup(item, nullptr) && (!_inSearchMode || _allowPeopleListItemInCurrentSearch(item)))
       _items.push_back(item);

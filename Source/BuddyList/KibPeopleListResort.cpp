@@ -148,37 +148,28 @@ platform::IMPersonStatus KibPeopleList::statusAtLastResort(const KibPeopleListIt
   return cache.journalEpoch == _journal ? cache.displayedStatus : item.effectiveStatus();
 }
 
-void KibPeopleList::settleOwedResort() {
+void KibPeopleList::settleOwedResort(bool sorted) {
   if (!_resortOwed) return;
   _resortOwed = false;
   // No delegates change and nothing is logged here: the resorts that decided
   // this array did that already.
   _previousItems.swap(_items);
   _items.clear();
-  for (const auto& item : _peopleListItems)
+  for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
+    if (const auto* item = platform::pointeeAhead(_peopleListItems, i, platform::kPrefetchDistance))
+      item->prefetchRowState();
+    const auto& item = _peopleListItems[i];
     if (shownWithStatusInGroup(statusAtLastResort(*item), nullptr)) _items.push_back(item);
-  _resortedState.statusOf = [this](const KibPeopleListItem& item) { return statusAtLastResort(item); };
-  _sorter.sortAsEarlier(_items, _previousItems, KibSortParameters(), _resortedState);
-  _resortedState.statusOf = nullptr;
+  }
+  if (sorted) {
+    _resortedState.statusOf = [this](const KibPeopleListItem& item) { return statusAtLastResort(item); };
+    _sorter.sortAsEarlier(_items, _previousItems, KibSortParameters(), _resortedState);
+    _resortedState.statusOf = nullptr;
+  }
   _previousItems.clear();
 
   // The array now stands for the last resort; the items that changed since
   // keep the statuses they had then, in a journal of their own.
-  ++_journal;
-  for (const auto& item : _changedSinceResort) item->sortCache().journalEpoch = _journal;
-}
-
-void KibPeopleList::settleOwedResortUnsorted() {
-  // Its order shows only in the log lines of the delegates it clears.
-  if (!_resortOwed || willLog()) return settleOwedResort();
-  _resortOwed = false;
-  _items.clear();
-  for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
-    if (i + platform::kPrefetchDistance < _peopleListItems.size())
-      _peopleListItems[i + platform::kPrefetchDistance]->prefetchRowState();
-    const auto& item = _peopleListItems[i];
-    if (shownWithStatusInGroup(statusAtLastResort(*item), nullptr)) _items.push_back(item);
-  }
   ++_journal;
   for (const auto& item : _changedSinceResort) item->sortCache().journalEpoch = _journal;
 }

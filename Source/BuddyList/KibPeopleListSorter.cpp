@@ -128,12 +128,13 @@ bool KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
     prefetchRowsAhead(items, index);
     // A person without a handle compares asymmetrically: the comparator sorts then.
     const auto& item = items[index];
-    if (!item || (!item->isGroup() && !handleOf(*item))) {
+    const platform::IMHandle* handle = item ? handleOf(*item) : nullptr;
+    if (!item || (!item->isGroup() && !handle)) {
       _sorting = nullptr;
       return false;
     }
     bool keysChanged = false;
-    _entries.push_back(entryFor(items[index], index, &keysChanged));
+    _entries.push_back(entryFor(*item, handle, index, &keysChanged));
     const Entry& entry = _entries.back();
     oneGroupOfPersons = oneGroupOfPersons && !entry.isGroup && entry.group == _entries.front().group;
     auto& cache = items[index]->sortCache();
@@ -164,33 +165,29 @@ bool KibPeopleListSorter::sortFast(Items& items, const Items& previous) {
 // found through the one before: each is asked for some rows before its row is
 // read, one level further per step.
 void KibPeopleListSorter::prefetchRowsAhead(const Items& items, std::size_t index) {
-  constexpr std::size_t step = 4;
-  auto ahead = [&items, index](std::size_t rows) {
-    return index + rows < items.size() ? items[index + rows].get() : nullptr;
-  };
-  if (const auto* item = ahead(4 * step)) item->prefetchRowState();
-  if (const auto* item = ahead(3 * step))
+  constexpr std::size_t step = platform::kPrefetchDistance / 2;
+  if (const auto* item = platform::pointeeAhead(items, index, 4 * step)) item->prefetchRowState();
+  if (const auto* item = platform::pointeeAhead(items, index, 3 * step))
     platform::prefetch(item->buddyListPresence().get(), sizeof(KibBuddyListPresence));
-  if (const auto* item = ahead(2 * step))
+  if (const auto* item = platform::pointeeAhead(items, index, 2 * step))
     if (const auto* handle = handleOf(*item)) handle->prefetchNameSortKeys();
-  if (const auto* item = ahead(step))
+  if (const auto* item = platform::pointeeAhead(items, index, step))
     if (const auto* handle = handleOf(*item)) handle->prefetchNameSortKeyBytes();
 }
 
-KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItemPtr& item, std::uint32_t index,
-                                                         bool* keysChanged) {
-  Entry entry{item->peopleListGroup(), 0, 0, {}, {}, nullptr, 0, item->isGroup(), index};
+KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItem& item, const platform::IMHandle* handle,
+                                                         std::uint32_t index, bool* keysChanged) {
+  Entry entry{item.peopleListGroup(), 0, 0, {}, {}, nullptr, 0, item.isGroup(), index};
   if (entry.isGroup) return entry;
-  const platform::IMHandle* handle = handleOf(*item);
   entry.handle = handle;
   entry.rank = static_cast<std::int16_t>(
-      platform::IMPersonStatusAvailabilityRank(_earlier ? _earlier->statusOf(*item) : item->effectiveStatus()));
+      platform::IMPersonStatusAvailabilityRank(_earlier ? _earlier->statusOf(item) : item.effectiveStatus()));
   const auto& keys = handle->nameSortKeys(_collationGeneration, _nameStyle);
   entry.firstPrefix = keyPrefix(keys.first);
   entry.lastPrefix = keyPrefix(keys.last);
   entry.first = keepKey(keys.first);
   entry.last = keepKey(keys.last);
-  auto& cache = item->sortCache();
+  auto& cache = item.sortCache();
   if (cache.handle != handle || cache.keysVersion != keys.version) {
     cache.handle = handle;
     cache.keysVersion = keys.version;

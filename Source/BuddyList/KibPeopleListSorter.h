@@ -82,7 +82,9 @@ class KibPeopleListSorter {
   void sortByReference(Items& items, const KibSortParameters& parameters);
   static void prefetchRowsAhead(const Items& items, std::size_t index);
   KibPeopleListItem& itemOf(const Entry& entry) const { return *(*_sorting)[entry.index]; }
-  Entry entryFor(const KibPeopleListItemPtr& item, std::uint32_t index, bool* keysChanged);
+  // The item's record; the handle is its most available one.
+  Entry entryFor(const KibPeopleListItem& item, const platform::IMHandle* handle, std::uint32_t index,
+                 bool* keysChanged);
   std::int64_t compare(const Entry& a, const Entry& b);
   int compareKeys(std::uint64_t aPrefix, KeyBytes a, std::uint64_t bPrefix, KeyBytes b) const;
   KeyBytes keepKey(const std::string& key);

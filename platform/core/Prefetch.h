@@ -17,4 +17,10 @@ inline void prefetch(const void* object, std::size_t bytes = 64) {
 // How many objects ahead a loop asks for.
 inline constexpr std::size_t kPrefetchDistance = 8;
 
+// The object the element `rows` after `index` points to, or null past the end.
+template <class Pointers>
+auto* pointeeAhead(const Pointers& pointers, std::size_t index, std::size_t rows) {
+  return index + rows < pointers.size() ? pointers[index + rows].get() : nullptr;
+}
+
 }  // namespace platform
