@@ -8,6 +8,7 @@
 #include "platform/core/Format.h"
 #include "platform/im/IMFramework.h"
 #include "platform/ui/KeyModifiers.h"
+#include "platform/ui/MessagingURL.h"
 #include "platform/ui/Workspace.h"
 
 using namespace platform;
@@ -27,26 +28,6 @@ bool allowsVideo(std::uint64_t caps) {
 
 bool allowsAudio(std::uint64_t caps) {
   return (caps & kIMVCCapabilityMicrophone) && (caps & kIMVCCapabilityConference);
-}
-
-// Percent-escapes UTF-8 text for a URL query value, keeping only the
-// characters that never need escaping (letters, digits, "-", ".", "_", "~").
-std::string percentEscaped(const std::string& text) {
-  static constexpr char kHex[] = "0123456789ABCDEF";
-  std::string escaped;
-  escaped.reserve(text.size());
-  for (unsigned char c : text) {
-    bool unreserved = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
-                      c == '.' || c == '_' || c == '~';
-    if (unreserved) {
-      escaped += static_cast<char>(c);
-    } else {
-      escaped += '%';
-      escaped += kHex[c >> 4];
-      escaped += kHex[c & 0x0F];
-    }
-  }
-  return escaped;
 }
 
 bool containsEqual(const std::vector<IMPeoplePtr>& lists, const IMPeoplePtr& people) {
@@ -171,7 +152,7 @@ void VelmoKibExtra::_messagePersonForceText(const MenuItemPtr& item, bool forceT
   auto service = handle ? handle->service() : nullptr;
   const std::string serviceName = service ? service->internalName() : "";
   const std::string ID = handle ? handle->ID() : "";
-  const std::string url = format("Parlo:compose?service=%@&id=%@%@", percentEscaped(serviceName), percentEscaped(ID),
+  const std::string url = format("Parlo:compose?service=%@&id=%@%@", MessagingURL::escaped(serviceName), MessagingURL::escaped(ID),
                                  forceText ? "&style=IM" : "");
   Workspace::sharedWorkspace().openURL(url);
 }

@@ -1,10 +1,13 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "purple/PurpleRecords.h"
+
+namespace platform {
+class MessagingURL;
+}
 
 namespace kibpurple {
 
@@ -25,11 +28,8 @@ class PurpleApplication {
   // False for a URL that is not one of the application's.
   bool openURL(const std::string& url);
 
-  // A query parameter of a URL, percent-decoded; nothing when absent.
-  static std::optional<std::string> parameter(const std::string& query, const std::string& name);
-
  private:
-  bool compose(PurpleBackend& backend, const std::string& query);
+  bool compose(PurpleBackend& backend, const platform::MessagingURL& url);
   bool openBuddyList(PurpleBackend& backend);
   bool startMedia(PurpleBackend& backend, PurpleID account, const std::string& id, bool video);
 

@@ -1,66 +1,18 @@
 #include "sim/MessagingApplication.h"
 
-#include <cctype>
-
 #include "platform/core/Dictionary.h"
 #include "platform/core/DistributedNotificationCenter.h"
 #include "platform/core/RunLoop.h"
 #include "platform/core/String.h"
 #include "platform/im/IMConstants.h"
 #include "platform/im/IMService.h"
+#include "platform/ui/MessagingURL.h"
 
 namespace sim {
 namespace {
 
-const char* const kScheme = "parlo:";
 const char* const kWorkspaceDidTerminateApplication = "NSWorkspaceDidTerminateApplicationNotification";
 const char* const kApplicationBundleIdentifierKey = "NSApplicationBundleIdentifier";
-
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
-// Percent-decoding; a malformed escape is kept as it stands.
-std::string unescape(const std::string& text) {
-  std::string plain;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && i + 2 < text.size()) {
-      int high = hexDigit(text[i + 1]), low = hexDigit(text[i + 2]);
-      if (high >= 0 && low >= 0) {
-        plain += static_cast<char>(high * 16 + low);
-        i += 2;
-        continue;
-      }
-    }
-    plain += text[i];
-  }
-  return plain;
-}
-
-// The value of a query parameter (decoded), or nothing.
-std::optional<std::string> parameter(const std::string& query, const std::string& name) {
-  std::size_t start = 0;
-  while (start <= query.size()) {
-    auto end = query.find('&', start);
-    if (end == std::string::npos) end = query.size();
-    auto pair = query.substr(start, end - start);
-    auto equals = pair.find('=');
-    auto key = pair.substr(0, equals);
-    if (key == name) return unescape(equals == std::string::npos ? "" : pair.substr(equals + 1));
-    start = end + 1;
-  }
-  return std::nullopt;
-}
-
-bool startsWithIgnoringCase(const std::string& text, const std::string& prefix) {
-  if (text.size() < prefix.size()) return false;
-  for (std::size_t i = 0; i < prefix.size(); ++i)
-    if (std::tolower(static_cast<unsigned char>(text[i])) != prefix[i]) return false;
-  return true;
-}
 
 }  // namespace
 
@@ -85,24 +37,21 @@ void MessagingApplication::listen() {
 }
 
 bool MessagingApplication::openURL(const std::string& url) {
-  if (!startsWithIgnoringCase(url, kScheme)) return false;
-  auto rest = url.substr(std::string(kScheme).size());
-  auto question = rest.find('?');
-  auto command = rest.substr(0, question);
-  auto query = question == std::string::npos ? std::string() : rest.substr(question + 1);
-  if (command == "compose") return compose(url, query);
-  if (command == "openbuddylist") return openBuddyList(query);
+  auto parsed = platform::MessagingURL::parse(url);
+  if (!parsed) return false;
+  if (parsed->command() == "compose") return compose(url, *parsed);
+  if (parsed->command() == "openbuddylist") return openBuddyList(*parsed);
   record("refused " + url);
   return false;
 }
 
-bool MessagingApplication::compose(const std::string& url, const std::string& query) {
+bool MessagingApplication::compose(const std::string& url, const platform::MessagingURL& parsed) {
   if (!running_) record("launched");
   running_ = true;
   Chat chat;
-  chat.service = parameter(query, "service").value_or("");
-  chat.ID = parameter(query, "id").value_or("");
-  chat.textOnly = parameter(query, "style").value_or("") == "IM";
+  chat.service = parsed.parameter("service").value_or("");
+  chat.ID = parsed.parameter("id").value_or("");
+  chat.textOnly = parsed.parameter("style").value_or("") == "IM";
   auto service = platform::IMService::serviceWithInternalName(chat.service);
   chat.knownBuddy = service && service->infoForScreenName(chat.ID) != nullptr;
   chat.url = url;
@@ -112,10 +61,10 @@ bool MessagingApplication::compose(const std::string& url, const std::string& qu
   return true;
 }
 
-bool MessagingApplication::openBuddyList(const std::string& query) {
+bool MessagingApplication::openBuddyList(const platform::MessagingURL& parsed) {
   if (!running_) record("launched");
   running_ = true;
-  auto service = parameter(query, "service").value_or("");
+  auto service = parsed.parameter("service").value_or("");
   record("buddy list " + service);
   buddyLists_.push_back(std::move(service));
   return true;

@@ -8,6 +8,10 @@
 
 #include "platform/core/Object.h"
 
+namespace platform {
+class MessagingURL;
+}
+
 namespace sim {
 
 // The simulated messaging application. It handles the "Parlo:" URLs the
@@ -60,8 +64,8 @@ class MessagingApplication final : public platform::Object {
   void listen();
   void shouldTerminateSharing();
   void record(std::string line);
-  bool compose(const std::string& url, const std::string& query);
-  bool openBuddyList(const std::string& query);
+  bool compose(const std::string& url, const platform::MessagingURL& parsed);
+  bool openBuddyList(const platform::MessagingURL& parsed);
 
   double endLatency_;
   platform::ObjectPtr shouldTerminateToken_;

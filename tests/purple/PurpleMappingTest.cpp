@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/im/IMConstants.h"
-#include "purple/PurpleApplication.h"
 #include "purple/PurpleMapping.h"
 
 namespace {
@@ -69,10 +68,6 @@ TEST(PurpleMappingTest, RequestsCapabilitiesAndURLs) {
   EXPECT_TRUE(PurpleMapping::hasAudio(0x1) && !PurpleMapping::hasVideo(0x1));
   EXPECT_TRUE(!PurpleMapping::hasAudio(0x4) && PurpleMapping::hasVideo(0x4));
   EXPECT_EQ(PurpleMapping::vcCapabilitiesForUI("gnt-purple"), 0u);
-
-  EXPECT_EQ(kibpurple::PurpleApplication::parameter("service=Jabber&id=a%40b%20c&style=IM", "id"), "a@b c");
-  EXPECT_EQ(kibpurple::PurpleApplication::parameter("service=Jabber", "style"), std::nullopt);
-  EXPECT_EQ(kibpurple::PurpleApplication::parameter("id=%4", "id"), "%4");  // a broken escape stays
 }
 
 }  // namespace
