@@ -31,23 +31,17 @@ std::vector<PurpleID> PurpleReader::validIDs(std::vector<PurpleID> ids, const st
 }
 
 std::vector<PurpleID> PurpleReader::accountIDs() {
-  try {
-    return validIDs(client_.ids("PurpleAccountsGetAll"), "PurpleAccountsGetAll");
-  } catch (const PurpleReplyError& error) {
-    skip(error);
-    return {};
-  }
+  return tryRead([&] { return validIDs(client_.ids("PurpleAccountsGetAll"), "PurpleAccountsGetAll"); })
+    .value_or(std::vector<PurpleID>());
 }
 
 std::vector<PurpleID> PurpleReader::buddyIDs(PurpleID account) {
-  try {
-    // An empty name asks for every buddy of the account.
-    return validIDs(client_.call<std::vector<PurpleID>>("PurpleFindBuddies", account, std::string()),
-                    where("the buddy list of account", account));
-  } catch (const PurpleReplyError& error) {
-    skip(error);
-    return {};
-  }
+  return tryRead([&] {
+         // An empty name asks for every buddy of the account.
+         return validIDs(client_.call<std::vector<PurpleID>>("PurpleFindBuddies", account, std::string()),
+                         where("the buddy list of account", account));
+       })
+    .value_or(std::vector<PurpleID>());
 }
 
 PurplePrimitive PurpleReader::primitive(std::int32_t wire, const std::string& where) {
@@ -68,7 +62,7 @@ void PurpleReader::readStatus(PurpleID status, PurplePrimitive& primitive, std::
 }
 
 std::optional<PurpleAccountRecord> PurpleReader::account(PurpleID id) {
-  try {
+  return tryRead([&] {
     PurpleAccountRecord record;
     record.id = id;
     record.username = client_.text("PurpleAccountGetUsername", id);
@@ -83,14 +77,11 @@ std::optional<PurpleAccountRecord> PurpleReader::account(PurpleID id) {
     record.offersInvisible = client_.call<std::int32_t>("PurpleAccountGetStatusTypeWithPrimitive", id,
                                                         static_cast<std::int32_t>(PurplePrimitive::Invisible)) != 0;
     return record;
-  } catch (const PurpleReplyError& error) {
-    skip(error);
-    return std::nullopt;
-  }
+  });
 }
 
 std::optional<PurpleBuddyRecord> PurpleReader::buddy(PurpleID id) {
-  try {
+  return tryRead([&] {
     PurpleBuddyRecord record;
     record.id = id;
     record.account = client_.integer("PurpleBuddyGetAccount", id);
@@ -109,14 +100,11 @@ std::optional<PurpleBuddyRecord> PurpleReader::buddy(PurpleID id) {
     if (record.idle) record.idleSince = client_.integer("PurplePresenceGetIdleTime", presence);
     record.mediaCaps = client_.integer("PurpleBuddyGetMediaCaps", id);
     return record;
-  } catch (const PurpleReplyError& error) {
-    skip(error);
-    return std::nullopt;
-  }
+  });
 }
 
 std::optional<PurpleSavedStatusRecord> PurpleReader::savedStatus(PurpleID id) {
-  try {
+  return tryRead([&] {
     PurpleSavedStatusRecord record;
     record.id = id;
     record.title = client_.text("PurpleSavedstatusGetTitle", id);
@@ -124,10 +112,7 @@ std::optional<PurpleSavedStatusRecord> PurpleReader::savedStatus(PurpleID id) {
     record.message = client_.text("PurpleSavedstatusGetMessage", id);
     record.transient = flag(client_.integer("PurpleSavedstatusIsTransient", id));
     return record;
-  } catch (const PurpleReplyError& error) {
-    skip(error);
-    return std::nullopt;
-  }
+  });
 }
 
 std::vector<PurpleSavedStatusRecord> PurpleReader::savedStatuses() {
@@ -142,25 +127,17 @@ std::vector<PurpleSavedStatusRecord> PurpleReader::savedStatuses() {
 }
 
 std::optional<PurplePrimitive> PurpleReader::currentSavedPrimitive() {
-  try {
-    auto current = client_.call<PurpleID>("PurpleSavedstatusGetCurrent");
-    if (current <= 0) return std::nullopt;
-    return primitive(client_.integer("PurpleSavedstatusGetType", current), where("saved status", current));
-  } catch (const PurpleReplyError& error) {
-    skip(error);
-    return std::nullopt;
-  }
+  return tryRead([&]() -> std::optional<PurplePrimitive> {
+           auto current = client_.call<PurpleID>("PurpleSavedstatusGetCurrent");
+           if (current <= 0) return std::nullopt;
+           return primitive(client_.integer("PurpleSavedstatusGetType", current), where("saved status", current));
+         })
+      .value_or(std::nullopt);
 }
 
 std::string PurpleReader::ui() {
-  if (ui_) return *ui_;
-  try {
-    ui_ = client_.call<std::string>("PurpleCoreGetUi");
-    return *ui_;
-  } catch (const PurpleReplyError& error) {
-    skip(error);
-    return "";
-  }
+  if (!ui_) ui_ = tryRead([&] { return client_.call<std::string>("PurpleCoreGetUi"); });
+  return ui_.value_or("");
 }
 
 bool PurpleReader::isContact(PurpleID node) {

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "purple/PurpleClient.h"
@@ -33,8 +34,18 @@ class PurpleReader {
   bool isContact(PurpleID node);
 
  private:
-  // The active status's primitive and message.
   void skip(const PurpleReplyError& error);
+  // What read answers, or nothing when a reply fails (complained about).
+  template <class Read>
+  std::optional<std::invoke_result_t<Read>> tryRead(Read read) {
+    try {
+      return read();
+    } catch (const PurpleReplyError& error) {
+      skip(error);
+      return std::nullopt;
+    }
+  }
+  // The active status's primitive and message.
   void readStatus(PurpleID status, PurplePrimitive& primitive, std::string& message);
   PurplePrimitive primitive(std::int32_t wire, const std::string& where);
   std::optional<PurpleSavedStatusRecord> savedStatus(PurpleID id);
