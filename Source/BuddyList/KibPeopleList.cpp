@@ -70,10 +70,12 @@ KibPeopleList::~KibPeopleList() {
     item->removeObserver(this);
     item->setDelegate(nullptr);
   }
-  _peopleListItems.clear();
-
   for (const auto& item : _items) item->setDelegate(nullptr);
+  // The displayed rows let go first, so that the items go in the order they
+  // were filed: their memory is taken again in that order by the next list.
   _items.clear();
+  _previousItems.clear();
+  _peopleListItems.clear();
 
   if (_offlineGroup)
     for (const auto& item : _offlineGroup->visibleMembers()) item->removeObserver(this);

@@ -288,4 +288,39 @@ TEST_F(KibPeopleListTest, LogLinesAndItemsOfACustomClass) {
   EXPECT_TRUE(linesOf(Log::Channel::Always).empty());
 }
 
+// Records the order in which items go.
+class CountedItem final : public KibPeopleListItem {
+ public:
+  static std::vector<std::string>& gone() {
+    static std::vector<std::string> names;
+    return names;
+  }
+  static KibPeopleListItemPtr make() { return std::make_shared<CountedItem>(); }
+  ~CountedItem() override { gone().push_back(displayName() ? displayName()->value() : "?"); }
+};
+
+TEST_F(KibPeopleListTest, ItemsGoInTheOrderTheyWereFiledNotTheDisplayedOne) {
+  // Their memory is taken again in the order it is given back: the next
+  // filing then finds its items side by side.
+  Log::setEnabledCategories({});
+  list->setCustomPeopleListItemClass(&CountedItem::make);
+  const std::vector<IMHandlePtr> handles{buddy(aimAccount, "cy", kIMPersonStatusAway, person("Cy", "C")),
+                                         buddy(aimAccount, "al", kIMPersonStatusOffline, person("Al", "A")),
+                                         buddy(aimAccount, "bo", kIMPersonStatusAvailable, person("Bo", "B"))};
+  list->addPeopleFromArray(handles);
+  ASSERT_EQ(rows(), (kibtest::Rows{"Bo B", "Cy C", "Al A"}));
+  CountedItem::gone().clear();
+
+  list->beginChanges();
+  list->removeAllIMHandlesAndGroups(true);
+  EXPECT_EQ(CountedItem::gone(), (std::vector<std::string>{"Cy C", "Al A", "Bo B"}));
+  list->addPeopleFromArray(handles);
+  list->endChanges();
+  ASSERT_EQ(rows(), (kibtest::Rows{"Bo B", "Cy C", "Al A"}));
+
+  CountedItem::gone().clear();
+  list.reset();
+  EXPECT_EQ(CountedItem::gone(), (std::vector<std::string>{"Cy C", "Al A", "Bo B"}));
+}
+
 }  // namespace
