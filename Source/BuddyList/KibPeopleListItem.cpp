@@ -131,8 +131,7 @@ void KibPeopleListItem::initialiseAsGroup(KibPeopleListGroup* group) {
 
 KibPeopleListItem::~KibPeopleListItem() {
   if (_presence) _presence->removeObserver(this);
-  // Only the item's own transitions aim performs at it.
-  if (_hasScheduledPerforms) platform::RunLoop::main().cancelPreviousPerformRequests(this);
+  // No perform aimed at the item can be waiting: the run loop holds its targets.
   _attributedStatusMessage.reset();
   _statusMessage.reset();
   _displayName.reset();
