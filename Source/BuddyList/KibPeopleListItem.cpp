@@ -8,6 +8,7 @@
 #include "Source/BuddyList/KibPeopleListGroup.h"
 #include "Source/BuddyList/KibPeopleListItemDelegate.h"
 #include "platform/core/AssertionHandler.h"
+#include "platform/core/Clock.h"
 #include "platform/core/Format.h"
 #include "platform/core/Log.h"
 #include "platform/core/Prefetch.h"
@@ -136,7 +137,6 @@ KibPeopleListItem::~KibPeopleListItem() {
   _statusMessage.reset();
   _displayName.reset();
   _presence.reset();
-  _whenStatusChanged.reset();
   if (_registrySlot != kNotRegistered) {
     // The last item takes the slot.
     auto& items = registry();
@@ -365,8 +365,7 @@ bool KibPeopleListItem::_currentStatusDiffersFromCache() const {
 // Transitions.
 
 void KibPeopleListItem::_setWhenStatusChanged(const platform::DatePtr& date) {
-  _whenStatusChanged = date ? std::make_shared<platform::Date>(date->timeIntervalSinceReferenceDate())
-                            : platform::Date::now();
+  _whenStatusChanged = date ? date->timeIntervalSinceReferenceDate() : platform::Clock::current().now();
   bool cameOnline = IMPersonStatusIsOnline(_currentStatus) && !IMPersonStatusIsOnline(_previousStatus);
   bool wentOffline = !IMPersonStatusIsOnline(_currentStatus) && IMPersonStatusIsOnline(_previousStatus);
   if ((cameOnline || wentOffline) && canTransition()) {
@@ -432,12 +431,12 @@ void KibPeopleListItem::stopTransitionPerformed(const ObjectPtr&) { stopTransiti
 
 double KibPeopleListItem::timeSinceStatusChanged() const {
   if (!_whenStatusChanged) return kNeverChanged;
-  return -_whenStatusChanged->timeIntervalSinceNow();
+  return platform::Clock::current().now() - *_whenStatusChanged;
 }
 
 double KibPeopleListItem::transitionPhase(double throbs) const {
   if (!_inTransition) return 1.0;
-  double elapsed = _whenStatusChanged ? -_whenStatusChanged->timeIntervalSinceNow() : 0.0;
+  double elapsed = _whenStatusChanged ? platform::Clock::current().now() - *_whenStatusChanged : 0.0;
   double p = elapsed / _currentTransitionTime;
   if (p >= 1.0) return 1.0;
   // The constants are the drawing code's own, 3.14159 and 0.495 exactly.

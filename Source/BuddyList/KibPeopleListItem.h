@@ -190,7 +190,7 @@ class KibPeopleListItem : public platform::IMDirectlyObservableObject,
 
   platform::Object* _delegate = nullptr;
   KibBuddyListPresencePtr _presence;
-  platform::DatePtr _whenStatusChanged;
+  std::optional<double> _whenStatusChanged;  // seconds since the reference date
   KibPeopleListGroup* _group = nullptr;
   platform::StringPtr _attributedStatusMessage;
   std::optional<std::string> _statusMessage;
