@@ -16,7 +16,7 @@ namespace kib {
 namespace {
 
 // How many of a key's first bytes an entry keeps (keyPrefix).
-constexpr std::uint32_t kPrefixBytes = 8;
+constexpr std::uint32_t kPrefixBytes = 16;
 
 // Above this many changed rows a full sort is cheaper than placing each.
 constexpr std::size_t kMostRowsToPlace = 64;
@@ -24,17 +24,6 @@ constexpr std::size_t kMostRowsToPlace = 64;
 bool isListOrder(const KibSortParameters& parameters) {
   return parameters.sortKeys[0] == kKibSortKeyStatus && parameters.sortKeys[1] == kKibSortKeyFirstName &&
          parameters.sortKeys[2] == kKibSortKeyHandle && parameters.currentKey == 0 && !parameters.usesManualOrder;
-}
-
-// The key's first eight bytes as a big-endian number, zero-padded. Two keys
-// whose prefixes differ compare as their prefixes do (a shorter key padded
-// with zeros sorts before any longer one that differs from it there); equal
-// prefixes say nothing, and the keys themselves are compared.
-std::uint64_t keyPrefix(const std::string& key) {
-  std::uint64_t prefix = 0;
-  for (std::size_t i = 0; i < kPrefixBytes; ++i)
-    prefix = (prefix << 8) | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0u);
-  return prefix;
 }
 
 const platform::IMHandle* handleOf(const KibPeopleListItem& item) {
@@ -177,7 +166,7 @@ void KibPeopleListSorter::prefetchRowsAhead(const Items& items, std::size_t inde
 
 KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItem& item, const platform::IMHandle* handle,
                                                          std::uint32_t index, bool* keysChanged) {
-  Entry entry{item.peopleListGroup(), 0, 0, {}, {}, nullptr, 0, item.isGroup(), index};
+  Entry entry{item.peopleListGroup(), {}, {}, {}, {}, nullptr, 0, item.isGroup(), index};
   if (entry.isGroup) return entry;
   entry.handle = handle;
   entry.rank = static_cast<std::int16_t>(
@@ -196,21 +185,36 @@ KibPeopleListSorter::Entry KibPeopleListSorter::entryFor(const KibPeopleListItem
   return entry;
 }
 
+// Two keys whose prefixes differ compare as their prefixes do (a shorter key
+// padded with zeros sorts before any longer one that differs from it there);
+// equal prefixes say nothing, and the rest of the keys is compared.
+KibPeopleListSorter::KeyPrefix KibPeopleListSorter::keyPrefix(const std::string& key) {
+  auto half = [&key](std::size_t from) {
+    std::uint64_t bytes = 0;
+    for (std::size_t i = from; i < from + 8; ++i)
+      bytes = (bytes << 8) | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0u);
+    return bytes;
+  };
+  return {half(0), half(8)};
+}
+
+// Only what the prefix does not hold is kept: most keys are short.
 KibPeopleListSorter::KeyBytes KibPeopleListSorter::keepKey(const std::string& key) {
   KeyBytes kept{static_cast<std::uint32_t>(_keyBytes.size()), static_cast<std::uint32_t>(key.size())};
-  _keyBytes += key;
+  if (key.size() > kPrefixBytes) _keyBytes.append(key, kPrefixBytes);
   return kept;
 }
 
-int KibPeopleListSorter::compareKeys(std::uint64_t aPrefix, KeyBytes a, std::uint64_t bPrefix, KeyBytes b) const {
+int KibPeopleListSorter::compareKeys(const KeyPrefix& aPrefix, KeyBytes a, const KeyPrefix& bPrefix,
+                                     KeyBytes b) const {
   if (aPrefix != bPrefix) return aPrefix < bPrefix ? -1 : 1;
-  // The first eight bytes are equal (a shorter key's missing ones are zeros
-  // in the other): the rest decides, then the length, as std::string does.
-  // Short keys, the most, need no look at the bytes.
+  // The first sixteen bytes are equal (a shorter key's missing ones are
+  // zeros in the other): the rest decides, then the length, as std::string
+  // does. Short keys, the most, need no look at the bytes.
   if (a.size > kPrefixBytes || b.size > kPrefixBytes) {
     auto rest = [this](KeyBytes key) {
-      std::uint32_t skip = std::min(key.size, kPrefixBytes);
-      return std::string_view(_keyBytes).substr(key.at + skip, key.size - skip);
+      return key.size > kPrefixBytes ? std::string_view(_keyBytes).substr(key.at, key.size - kPrefixBytes)
+                                     : std::string_view();
     };
     if (int result = rest(a).compare(rest(b))) return (result > 0) - (result < 0);
   }

@@ -60,13 +60,19 @@ class KibPeopleListSorter {
     std::uint32_t at;
     std::uint32_t size;
   };
+  // A key's first sixteen bytes as a big-endian number, zero-padded.
+  struct KeyPrefix {
+    std::uint64_t high;
+    std::uint64_t low;
+    auto operator<=>(const KeyPrefix&) const = default;
+  };
   // Small, for the merge moves thousands of them many times over.
   struct Entry {
     const KibPeopleListGroup* group;
     // The handle's name keys: their first bytes, so that most comparisons
     // read no key (see keyPrefix), and where the keys are in _keyBytes.
-    std::uint64_t firstPrefix;
-    std::uint64_t lastPrefix;
+    KeyPrefix firstPrefix;
+    KeyPrefix lastPrefix;
     KeyBytes first;
     KeyBytes last;
     const void* handle;
@@ -86,7 +92,8 @@ class KibPeopleListSorter {
   Entry entryFor(const KibPeopleListItem& item, const platform::IMHandle* handle, std::uint32_t index,
                  bool* keysChanged);
   std::int64_t compare(const Entry& a, const Entry& b);
-  int compareKeys(std::uint64_t aPrefix, KeyBytes a, std::uint64_t bPrefix, KeyBytes b) const;
+  int compareKeys(const KeyPrefix& aPrefix, KeyBytes a, const KeyPrefix& bPrefix, KeyBytes b) const;
+  static KeyPrefix keyPrefix(const std::string& key);
   KeyBytes keepKey(const std::string& key);
   std::int64_t compareAcrossGroups(const Entry& a, const Entry& b);
   void fullSort(Items& items, bool oneGroupOfPersons);
