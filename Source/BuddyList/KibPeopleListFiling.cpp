@@ -290,31 +290,32 @@ void KibPeopleList::removeAllIMHandles() { removeAllIMHandlesAndGroups(false); }
 
 void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
   // The displayed array is dropped next: what it owes needs no sort, unless
-  // its order shows in the log lines of the delegates it clears.
-  settleOwedResort(willLog());
+  // its order shows in the log lines of the delegates it clears. Unsorted, it
+  // holds the displayed items in the order they were filed.
+  const bool displayedAsFiled = _resortOwed && !willLog();
+  settleOwedResort(!displayedAsFiled);
   willChangeDisplayedState();
   dropFilingIndexes();
   beginChanges();
-  // The displayed rows let go first: the items then go in the order they were
-  // filed, not the sorted one, so their memory is given back (and taken by the
-  // next filing) in order.
-  for (std::size_t i = 0; i < _items.size(); ++i) {
-    if (const auto* item = platform::pointeeAhead(_items, i, platform::kPrefetchDistance)) item->prefetchDelegate();
-    _items[i]->setDelegate(nullptr);
-  }
-  _items.clear();
-  for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
-    platform::prefetch(platform::pointeeAhead(_peopleListItems, i, platform::kPrefetchDistance));
-    _unobservePeopleListItem(_peopleListItems[i]);
+  if (!displayedAsFiled) {
+    for (std::size_t i = 0; i < _items.size(); ++i) {
+      if (const auto* item = platform::pointeeAhead(_items, i, platform::kPrefetchDistance)) item->prefetchDelegate();
+      _items[i]->setDelegate(nullptr);
+    }
+    _items.clear();
   }
   for (const auto& group : _peopleListGroups) {
     for (const auto& item : group->members()) _unobservePeopleListItem(item);
     group->removeAllItems();
   }
   if (_offlineGroup) _offlineGroup->removeAllItems();
-  // Each item goes with its presence, which leaves its handles: each is asked
-  // for some items ahead, one level further per step.
+  // One walk lets each item go: its delegate if it was displayed, the list's
+  // watch, then the item with its presence, which leaves its handles. The
+  // items go in the order they were filed, so their memory is given back (and
+  // taken by the next filing) in order. Each is asked for some items ahead,
+  // one level further per step.
   constexpr std::size_t step = platform::kPrefetchDistance / 2;
+  std::size_t nextDisplayed = 0;
   for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
     platform::prefetch(platform::pointeeAhead(_peopleListItems, i, 3 * step), sizeof(KibPeopleListItem));
     if (const auto* item = platform::pointeeAhead(_peopleListItems, i, 2 * step))
@@ -322,8 +323,16 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
     if (const auto* item = platform::pointeeAhead(_peopleListItems, i, step))
       if (const auto& presence = item->buddyListPresence())
         for (const auto& handle : presence->imHandles()) platform::prefetch(handle.get(), sizeof(platform::IMHandle));
-    _peopleListItems[i].reset();
+    auto& item = _peopleListItems[i];
+    if (nextDisplayed < _items.size() && _items[nextDisplayed] == item) {
+      item->setDelegate(nullptr);
+      _items[nextDisplayed++].reset();
+    }
+    _unobservePeopleListItem(item);
+    item.reset();
   }
+  for (; nextDisplayed < _items.size(); ++nextDisplayed) _items[nextDisplayed]->setDelegate(nullptr);
+  _items.clear();
   _peopleListItems.clear();
   if (alsoGroups) _peopleListGroups.clear();
   if (willLog()) platform::IMAlwaysLog("Removing all IMHandles and groups, no more items");
