@@ -287,6 +287,8 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   // Rebuilds the displayed array the noted resorts owe, as the last of them
   // saw the list; unsorted when it is dropped next and only its rows count.
   void settleOwedResort(bool sorted = true);
+  // Ends the statuses recorded at the last resort, once the array stands for it.
+  void closeJournal();
   // Call before changing anything the displayed array derives from.
   void willChangeDisplayedState();
   void noteStatusWillChange(KibPeopleListItem& item);

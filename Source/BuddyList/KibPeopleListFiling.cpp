@@ -289,21 +289,24 @@ void KibPeopleList::removeIMHandleFromGroups(const platform::IMHandlePtr& handle
 void KibPeopleList::removeAllIMHandles() { removeAllIMHandlesAndGroups(false); }
 
 void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
-  // The displayed array is dropped next: what it owes needs no sort, unless
-  // its order shows in the log lines of the delegates it clears. Unsorted, it
-  // holds the displayed items in the order they were filed.
-  const bool displayedAsFiled = _resortOwed && !willLog();
-  settleOwedResort(!displayedAsFiled);
+  // The displayed rows let go of their delegates. An array the noted resorts
+  // owe is not built for that, unless its order shows in the log lines: the
+  // walk below finds its rows from the statuses the items had at the last
+  // resort, in the order they were filed.
+  const bool rowsFromJournal = _resortOwed && !willLog();
+  if (rowsFromJournal) {
+    _resortOwed = false;
+    _items.clear();  // the array the noted resorts replaced: dropping it changes no delegate
+  }
+  settleOwedResort();
   willChangeDisplayedState();
   dropFilingIndexes();
   beginChanges();
-  if (!displayedAsFiled) {
-    for (std::size_t i = 0; i < _items.size(); ++i) {
-      if (const auto* item = platform::pointeeAhead(_items, i, platform::kPrefetchDistance)) item->prefetchDelegate();
-      _items[i]->setDelegate(nullptr);
-    }
-    _items.clear();
+  for (std::size_t i = 0; i < _items.size(); ++i) {
+    if (const auto* item = platform::pointeeAhead(_items, i, platform::kPrefetchDistance)) item->prefetchDelegate();
+    _items[i]->setDelegate(nullptr);
   }
+  _items.clear();
   for (const auto& group : _peopleListGroups) {
     for (const auto& item : group->members()) _unobservePeopleListItem(item);
     group->removeAllItems();
@@ -315,7 +318,6 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
   // taken by the next filing) in order. Each is asked for some items ahead,
   // one level further per step.
   constexpr std::size_t step = platform::kPrefetchDistance / 2;
-  std::size_t nextDisplayed = 0;
   for (std::size_t i = 0; i < _peopleListItems.size(); ++i) {
     platform::prefetch(platform::pointeeAhead(_peopleListItems, i, 3 * step), sizeof(KibPeopleListItem));
     if (const auto* item = platform::pointeeAhead(_peopleListItems, i, 2 * step))
@@ -324,16 +326,12 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
       if (const auto& presence = item->buddyListPresence())
         for (const auto& handle : presence->imHandles()) platform::prefetch(handle.get(), sizeof(platform::IMHandle));
     auto& item = _peopleListItems[i];
-    if (nextDisplayed < _items.size() && _items[nextDisplayed] == item) {
-      item->setDelegate(nullptr);
-      _items[nextDisplayed++].reset();
-    }
+    if (rowsFromJournal && shownWithStatusInGroup(statusAtLastResort(*item), nullptr)) item->setDelegate(nullptr);
     _unobservePeopleListItem(item);
     item.reset();
   }
-  for (; nextDisplayed < _items.size(); ++nextDisplayed) _items[nextDisplayed]->setDelegate(nullptr);
-  _items.clear();
   _peopleListItems.clear();
+  if (rowsFromJournal) closeJournal();
   if (alsoGroups) _peopleListGroups.clear();
   if (willLog()) platform::IMAlwaysLog("Removing all IMHandles and groups, no more items");
   _resort();

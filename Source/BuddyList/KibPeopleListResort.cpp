@@ -167,7 +167,10 @@ void KibPeopleList::settleOwedResort(bool sorted) {
     _resortedState.statusOf = nullptr;
   }
   _previousItems.clear();
+  closeJournal();
+}
 
+void KibPeopleList::closeJournal() {
   // The array now stands for the last resort; the items that changed since
   // keep the statuses they had then, in a journal of their own.
   ++_journal;
