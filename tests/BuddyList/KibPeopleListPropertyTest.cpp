@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <random>
 #include <string>
@@ -125,6 +126,27 @@ class KibPeopleListPropertyTest : public BuddyListTest {
   const std::string& pick(const std::vector<std::string>& names) { return names[random() % names.size()]; }
   IMHandlePtr anyHandle() { return handles[random() % handles.size()]; }
 
+  // A refill of both lists, after world changes made in its batch: the
+  // delegates it left to the items it dropped, fast list first.
+  std::vector<std::vector<bool>> refillBoth(const std::vector<IMHandlePtr>& all,
+                                            const std::function<void()>& changesInBatch) {
+    std::vector<kib::KibPeopleList::Items> dropped;
+    onBoth([&](kib::KibPeopleList& list) {
+      dropped.push_back(list.peopleListItems());
+      list.beginChanges();
+    });
+    changesInBatch();
+    std::vector<std::vector<bool>> delegates;
+    onBoth([&](kib::KibPeopleList& list) {
+      list.removeAllIMHandlesAndGroups(false);
+      list.addPeopleFromArraySkipMe(all, false);
+      list.endChanges();
+      delegates.emplace_back();
+      for (const auto& item : dropped[delegates.size() - 1]) delegates.back().push_back(item->delegate() != nullptr);
+    });
+    return delegates;
+  }
+
   // Both lists get the same change.
   template <class Change>
   void onBoth(Change change) {
@@ -181,16 +203,8 @@ class KibPeopleListPropertyTest : public BuddyListTest {
         auto all = handles;
         std::shuffle(all.begin(), all.end(), random);
         if (!all.empty() && random() % 2) all.push_back(all.front());  // a handle twice
-        // The items the refill drops keep what it left of their delegates.
-        std::vector<std::vector<bool>> droppedDelegates;
-        onBoth([&](kib::KibPeopleList& list) {
-          auto dropped = list.peopleListItems();
-          list.beginChanges();
-          list.removeAllIMHandlesAndGroups(false);
-          list.addPeopleFromArraySkipMe(all, false);
-          list.endChanges();
-          droppedDelegates.emplace_back();
-          for (const auto& item : dropped) droppedDelegates.back().push_back(item->delegate() != nullptr);
+        auto droppedDelegates = refillBoth(all, [this] {
+          for (auto changes = random() % 3; changes > 0; --changes) anyHandle()->updateStatus(randomStatus(), "");
         });
         EXPECT_EQ(droppedDelegates.front(), droppedDelegates.back()) << "delegates of the items a refill dropped";
         return "refill";
@@ -309,6 +323,36 @@ TEST_F(KibPeopleListPropertyTest, FastPathsShowWhatTheStraightforwardAlgorithmsS
   EXPECT_GT(methods[kib::KibPeopleListSorter::Method::Incremental], 50);
   EXPECT_GT(methods[kib::KibPeopleListSorter::Method::Full], 50);
   EXPECT_GT(notedResorts, 100u);
+}
+
+TEST_F(KibPeopleListPropertyTest, ARefillClearsTheDelegatesOfRowsANotedResortShowed) {
+  // Away people hidden, offline ones shown: a person fading from away to
+  // offline appears when the fade ends. Of two such fades ending together the
+  // first rebuilds, the second is a noted resort, which shows its person with
+  // the delegate kept. The refill that follows lets go of it.
+  fast = makeList({false, false, true, true}, false);
+  reference = makeList({false, false, true, true}, true);
+  for (int i = 0; i < 3; ++i) {
+    auto person = platform::IMPerson::make(platform::format("p%d", i), kFirstNames[i + 2], "Lee");
+    handles.push_back(platform::IMHandle::make(aimAccount, platform::format("row%d", i), person));
+    handles.back()->updateStatus(i == 0 ? platform::kIMPersonStatusAvailable : platform::kIMPersonStatusAway, "");
+  }
+  onBoth([&](kib::KibPeopleList& list) {
+    list.setShowsOfflinePeople(true);
+    list.addPeopleFromArraySkipMe(handles, false);
+  });
+  advance(2.5);
+  for (int i = 1; i < 3; ++i) handles[i]->updateStatus(platform::kIMPersonStatusOffline, "");
+  auto noted = fast->numberOfNotedResorts();
+  advance(2.5);
+  ASSERT_EQ(fast->numberOfNotedResorts(), noted + 1);
+  auto kept = delegates(*fast);
+  ASSERT_EQ(kept, delegates(*reference));
+  ASSERT_NE(std::count(kept.begin(), kept.end(), true), 0);
+
+  auto dropped = refillBoth(handles, [] {});
+  EXPECT_EQ(dropped.front(), dropped.back());
+  EXPECT_EQ(rows(*fast), rows(*reference));
 }
 
 TEST_F(KibPeopleListPropertyTest, TransitionsEndingTogetherPostWhileRowsAreShown) {
