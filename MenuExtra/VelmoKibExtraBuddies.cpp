@@ -152,8 +152,8 @@ void VelmoKibExtra::_messagePersonForceText(const MenuItemPtr& item, bool forceT
   auto service = handle ? handle->service() : nullptr;
   const std::string serviceName = service ? service->internalName() : "";
   const std::string ID = handle ? handle->ID() : "";
-  const std::string url = format("Parlo:compose?service=%@&id=%@%@", MessagingURL::escaped(serviceName), MessagingURL::escaped(ID),
-                                 forceText ? "&style=IM" : "");
+  const std::string url = format("Parlo:compose?service=%@&id=%@%@", MessagingURL::escaped(serviceName),
+                                 MessagingURL::escaped(ID), forceText ? "&style=IM" : "");
   Workspace::sharedWorkspace().openURL(url);
 }
 

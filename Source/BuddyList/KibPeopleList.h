@@ -284,9 +284,8 @@ class KibPeopleList : public platform::IMDirectlyObservableObject,
   void fullResort();
   // The state the displayed array now shows, recorded after a full resort.
   void recordResortedState();
-  // Rebuilds the displayed array the noted resorts owe, as the last of them
-  // saw the list; unsorted when it is dropped next and only its rows count.
-  void settleOwedResort(bool sorted = true);
+  // Rebuilds the displayed array the noted resorts owe, as the last of them saw the list.
+  void settleOwedResort();
   // Ends the statuses recorded at the last resort, once the array stands for it.
   void closeJournal();
   // Call before changing anything the displayed array derives from.

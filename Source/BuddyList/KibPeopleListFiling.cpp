@@ -298,8 +298,7 @@ void KibPeopleList::removeAllIMHandlesAndGroups(bool alsoGroups) {
     _resortOwed = false;
     _items.clear();  // the array the noted resorts replaced: dropping it changes no delegate
   }
-  settleOwedResort();
-  willChangeDisplayedState();
+  willChangeDisplayedState();  // settles what is still owed, sorted, for the log lines
   dropFilingIndexes();
   beginChanges();
   for (std::size_t i = 0; i < _items.size(); ++i) {

@@ -148,7 +148,7 @@ platform::IMPersonStatus KibPeopleList::statusAtLastResort(const KibPeopleListIt
   return cache.journalEpoch == _journal ? cache.displayedStatus : item.effectiveStatus();
 }
 
-void KibPeopleList::settleOwedResort(bool sorted) {
+void KibPeopleList::settleOwedResort() {
   if (!_resortOwed) return;
   _resortOwed = false;
   // No delegates change and nothing is logged here: the resorts that decided
@@ -161,11 +161,9 @@ void KibPeopleList::settleOwedResort(bool sorted) {
     const auto& item = _peopleListItems[i];
     if (shownWithStatusInGroup(statusAtLastResort(*item), nullptr)) _items.push_back(item);
   }
-  if (sorted) {
-    _resortedState.statusOf = [this](const KibPeopleListItem& item) { return statusAtLastResort(item); };
-    _sorter.sortAsEarlier(_items, _previousItems, KibSortParameters(), _resortedState);
-    _resortedState.statusOf = nullptr;
-  }
+  _resortedState.statusOf = [this](const KibPeopleListItem& item) { return statusAtLastResort(item); };
+  _sorter.sortAsEarlier(_items, _previousItems, KibSortParameters(), _resortedState);
+  _resortedState.statusOf = nullptr;
   _previousItems.clear();
   closeJournal();
 }
